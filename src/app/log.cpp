@@ -1,0 +1,138 @@
+#include "app/log.h"
+
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include "app/file_utils.h"
+#include "app/version.h"
+
+namespace tfx {
+namespace {
+
+constexpr std::size_t FLUSH_BYTES = 4096;
+constexpr const char* LOG_NAME = "Log.txt";
+
+std::mutex logMutex;
+std::FILE* logFile = nullptr;
+std::size_t bytesSinceFlush = 0;
+
+// Caller holds logMutex.
+void lf_write(std::string_view prefix, std::string_view text) {
+    std::fwrite(prefix.data(), 1, prefix.size(), logFile);
+    std::fwrite(text.data(), 1, text.size(), logFile);
+    std::fputc('\n', logFile);
+    bytesSinceFlush += prefix.size() + text.size() + 1;
+}
+
+void lf_closeLocked() {
+    if (logFile == nullptr) return;
+    std::fflush(logFile);
+    std::fclose(logFile);
+    logFile = nullptr;
+    bytesSinceFlush = 0;
+}
+
+}  // namespace
+
+void gf_openLog() {
+    {
+        std::lock_guard lock(logMutex);
+        lf_closeLocked();
+    }
+    gf_save1GenerationOf(LOG_NAME);
+    // Built before the lock: the version parse may itself want to log.
+    const std::string head = fmt::format("{} {} version {} for {}", gf_nowText(), PROGRAM_NAME,
+                                         gf_versionText(gf_runningVersion()), "MSFS 2020/2024");
+    std::lock_guard lock(logMutex);
+    logFile = std::fopen(LOG_NAME, "wb");
+    if (logFile == nullptr)
+        throw std::runtime_error(std::string("Failed to write file ") + LOG_NAME);
+    bytesSinceFlush = 0;
+    lf_write("", head);
+    std::fflush(logFile);
+    bytesSinceFlush = 0;
+}
+
+void gf_closeLog() {
+    std::lock_guard lock(logMutex);
+    lf_closeLocked();
+}
+
+bool gf_logIsOpen() {
+    std::lock_guard lock(logMutex);
+    return logFile != nullptr;
+}
+
+void gf_logLine(std::string_view text) {
+    std::lock_guard lock(logMutex);
+    if (logFile == nullptr) return;
+    lf_write("", text);
+    if (bytesSinceFlush >= FLUSH_BYTES) {
+        std::fflush(logFile);
+        bytesSinceFlush = 0;
+    }
+}
+
+void gf_logError(std::string_view text) {
+    std::lock_guard lock(logMutex);
+    if (logFile == nullptr) return;
+    lf_write("==> ", text);
+    std::fflush(logFile);
+    bytesSinceFlush = 0;
+}
+
+void gf_flushLog() {
+    std::lock_guard lock(logMutex);
+    if (logFile == nullptr) return;
+    std::fflush(logFile);
+    bytesSinceFlush = 0;
+}
+
+std::string gf_nowText() {
+    static constexpr const char* MONTHS[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    if (gmtime_r(&now, &utc) == nullptr) return "Invalid time";
+    const char* month = (utc.tm_mon >= 0 && utc.tm_mon < 12) ? MONTHS[utc.tm_mon] : "???";
+    return fmt::format("{} {} {} {:02}:{:02}Z", utc.tm_mday, month, utc.tm_year + 1900, utc.tm_hour,
+                       utc.tm_min);
+}
+
+std::string gf_banner(int left, int right, bool newlineBefore, bool newlineAfter,
+                      std::string_view text) {
+    int n = left + right;
+    if (n % 2 != 0) ++n;
+    std::string out;
+    if (newlineBefore) out += '\n';
+    const int len = static_cast<int>(text.size());
+    if (text.empty()) {
+        out.append(static_cast<std::size_t>(std::max(n, 0)), '*');
+    } else if (n > len + 2) {
+        const auto stars = static_cast<std::size_t>(n / 2 - 1);
+        out.append(stars, '*');
+        out += ' ';
+        out += text;
+        out += ' ';
+        out.append(stars, '*');
+    } else {
+        out += text;
+    }
+    if (newlineAfter) out += '\n';
+    return out;
+}
+
+std::string gf_bannerOpen(int width, std::string_view title) {
+    return gf_banner(width - static_cast<int>(title.size()), 0, true, false, title);
+}
+
+std::string gf_bannerClose(int width, std::string_view title) {
+    const int len = static_cast<int>(title.size());
+    return gf_banner(width - len, len, false, true, "");
+}
+
+}  // namespace tfx

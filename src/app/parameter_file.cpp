@@ -1,0 +1,287 @@
+// parameters.xml: loading every parameter, creating the file with defaults,
+// and writing a single changed value through at once.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include <fmt/format.h>
+#include <pugixml.hpp>
+
+#include "app/file_utils.h"
+#include "app/log.h"
+#include "app/options.h"
+#include "app/parameters.h"
+#include "app/text_utils.h"
+#include "app/version.h"
+#include "platform/known_folders.h"
+
+namespace fs = std::filesystem;
+
+namespace tfx {
+
+std::function<void(const ControlBinding&, const std::string&)> gf_showInControl;
+
+namespace {
+
+constexpr int BANNER_WIDTH = 80;
+constexpr const char* FILE_NAME = "parameters.xml";
+
+std::string lf_pathToUtf8(const fs::path& p) {
+    const std::u8string u8 = p.u8string();
+    return std::string(u8.begin(), u8.end());
+}
+
+fs::path lf_pathFromUtf8(std::string_view text) {
+    return fs::path(std::u8string(text.begin(), text.end()));
+}
+
+// Values as they stand in the file and in the log.
+std::string lf_valueText(const IntParameter& p) {
+    return fmt::format("{}", p.current);
+}
+std::string lf_valueText(const BoolParameter& p) {
+    return p.current ? "true" : "false";
+}
+std::string lf_valueText(const StringParameter& p) {
+    return p.current;
+}
+std::string lf_valueText(const PathParameter& p) {
+    return lf_pathToUtf8(p.current);
+}
+
+std::string lf_logText(const IntParameter& p) {
+    return fmt::format("{}={}", p.key, p.current);
+}
+std::string lf_logText(const BoolParameter& p) {
+    return fmt::format("{}={}", p.key, lf_valueText(p));
+}
+std::string lf_logText(const StringParameter& p) {
+    return fmt::format("{}=\"{}\"", p.key, p.current);
+}
+std::string lf_logText(const PathParameter& p) {
+    return fmt::format("{}=\"{}\"", p.key, lf_valueText(p));
+}
+
+void lf_setAttribute(pugi::xml_attribute a, const IntParameter& p) {
+    a.set_value(p.current);
+}
+void lf_setAttribute(pugi::xml_attribute a, const BoolParameter& p) {
+    a.set_value(p.current);
+}
+void lf_setAttribute(pugi::xml_attribute a, const StringParameter& p) {
+    a.set_value(p.current.c_str());
+}
+void lf_setAttribute(pugi::xml_attribute a, const PathParameter& p) {
+    a.set_value(lf_valueText(p).c_str());
+}
+
+// A found element without a value counts as found, with the type's zero.
+void lf_take(IntParameter& p, pugi::xml_attribute a) {
+    p.current = std::clamp(a ? a.as_int(0) : 0, p.minimum, p.maximum);
+}
+void lf_take(BoolParameter& p, pugi::xml_attribute a) {
+    p.current = a ? a.as_bool(false) : false;
+}
+void lf_take(StringParameter& p, pugi::xml_attribute a) {
+    p.current = a ? a.as_string() : "";
+}
+void lf_take(PathParameter& p, pugi::xml_attribute a) {
+    p.current = a ? lf_pathFromUtf8(a.as_string()) : fs::path();
+}
+
+pugi::xml_node lf_find(pugi::xml_node section, const std::string& key) {
+    for (pugi::xml_node n : section.children("parameter"))
+        if (std::strcmp(n.attribute("name").as_string(), key.c_str()) == 0) return n;
+    return {};
+}
+
+bool lf_append(pugi::xml_node section, const std::string& key, const auto& p) {
+    pugi::xml_node n = section.append_child("parameter");
+    if (!n) return false;
+    n.append_attribute("name").set_value(key.c_str());
+    lf_setAttribute(n.append_attribute("value"), p);
+    return true;
+}
+
+void lf_show(const Parameter& p, const std::string& text) {
+    const auto* binding = dynamic_cast<const ControlBinding*>(&p);
+    if (binding != nullptr && gf_showInControl) gf_showInControl(*binding, text);
+}
+
+template <typename P>
+void lf_load(pugi::xml_node section, P& p) {
+    pugi::xml_node n = lf_find(section, p.key);
+    if (n) {
+        lf_take(p, n.attribute("value"));
+    } else {
+        p.current = p.defaultValue;
+        lf_append(section, p.key, p);
+    }
+    gf_logLine(lf_logText(p));
+    lf_show(p, lf_valueText(p));
+}
+
+template <typename P>
+void lf_create(pugi::xml_node section, P& p) {
+    if (!lf_append(section, p.key, p))
+        gf_logLine(fmt::format("{}adding xml parameter {} with {} failed!", "===> ", p.key,
+                               lf_valueText(p)));
+    gf_logLine(lf_logText(p));
+    lf_show(p, lf_valueText(p));
+}
+
+template <typename Visit>
+void lf_visitAll(Visit&& visit) {
+    for (auto* p : params.plainBools) visit(*p);
+    for (auto* p : params.boundBools) visit(static_cast<BoolParameter&>(*p));
+    for (auto* p : params.plainInts) visit(*p);
+    for (auto* p : params.boundInts) visit(static_cast<IntParameter&>(*p));
+    for (auto* p : params.strings) visit(*p);
+    for (auto* p : params.boundStrings) visit(static_cast<StringParameter&>(*p));
+    for (auto* p : params.paths) visit(*p);
+}
+
+int lf_createFresh() {
+    gf_createParameterFile();
+    gf_logLine(gf_bannerClose(BANNER_WIDTH, "parameters"));
+    return 1;
+}
+
+template <typename P>
+void lf_writeThrough(const P& p) {
+    const fs::path path = gf_parameterFilePath();
+    pugi::xml_document doc;
+    if (const auto result = doc.load_file(path.c_str()); !result) {
+        gf_logLine(fmt::format("{} could not be loaded: {}", path.string(), result.description()));
+        doc.reset();
+    }
+    pugi::xml_node root = doc.child("root");
+    pugi::xml_node section = root ? root.child("parameters") : doc.child("parameters");
+    if (!section) section = (root ? root : doc.append_child("root")).append_child("parameters");
+
+    bool matched = false;
+    for (pugi::xml_node n : section.children("parameter")) {
+        if (std::strcmp(n.attribute("name").as_string(), p.key.c_str()) != 0) continue;
+        pugi::xml_attribute a = n.attribute("value");
+        if (!a) a = n.append_attribute("value");
+        lf_setAttribute(a, p);
+        matched = true;
+    }
+    if (!matched) lf_append(section, p.key, p);
+    gf_logLine(lf_logText(p));
+    if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
+}
+
+}  // namespace
+
+fs::path gf_dataFolder() {
+    fs::path folder;
+    if (const char* dir = std::getenv("ZEPT_DATA_DIR"); dir != nullptr && *dir != '\0') {
+        folder = dir;
+    } else {
+        const auto roaming = pf_roamingAppData();
+        if (!roaming) throw std::runtime_error("Could not find the AppData path");
+        folder = *roaming / "ZEPT";
+    }
+    std::error_code ec;
+    fs::create_directories(folder, ec);
+    return folder;
+}
+
+fs::path gf_parameterFilePath() {
+    return gf_dataFolder() / FILE_NAME;
+}
+
+int gf_readParameters() {
+    const fs::path path = gf_parameterFilePath();
+    gf_logLine(gf_bannerOpen(BANNER_WIDTH, "parameters"));
+
+    pugi::xml_document doc;
+    const pugi::xml_parse_result result = doc.load_file(path.c_str());
+    if (result.status == pugi::status_file_not_found || result.status == pugi::status_io_error) {
+        gf_logLine(fmt::format("{} could not be opened, creating new with default values:",
+                               path.string()));
+        return lf_createFresh();
+    }
+    if (!result) {
+        // Keep what the user had before it is replaced by defaults.
+        gf_save1GenerationOf(path);
+        gf_logError(fmt::format("{} could not be loaded: {}, creating new with default values:",
+                                path.string(), result.description()));
+        return lf_createFresh();
+    }
+    gf_logLine(fmt::format("from '{}'", path.string()));
+    pugi::xml_node root = doc.child("root");
+    pugi::xml_node section = (root ? root : static_cast<pugi::xml_node>(doc)).child("parameters");
+    if (!section) {
+        gf_logLine(fmt::format("Section '{}' not found in '{}', creating new with default values:",
+                               "parameters", path.string()));
+        return lf_createFresh();
+    }
+    lf_visitAll([&](auto& p) { lf_load(section, p); });
+    if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
+    gf_logLine(gf_bannerClose(BANNER_WIDTH, "parameters"));
+    return 0;
+}
+
+void gf_createParameterFile() {
+    const fs::path path = gf_parameterFilePath();
+    pugi::xml_document doc;
+    pugi::xml_node section = doc.append_child("root").append_child("parameters");
+    params.resetToDefaults();
+    params.PROGRAM_VERSION.current = gf_versionText(gf_runningVersion());
+    lf_visitAll([&](auto& p) { lf_create(section, p); });
+    if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
+}
+
+void gf_saveParameter(const IntParameter& p) {
+    lf_writeThrough(p);
+}
+void gf_saveParameter(const BoolParameter& p) {
+    lf_writeThrough(p);
+}
+void gf_saveParameter(const StringParameter& p) {
+    lf_writeThrough(p);
+}
+void gf_saveParameter(const PathParameter& p) {
+    lf_writeThrough(p);
+}
+
+void gf_setIntParameter(IntParameter& p, std::int32_t value) {
+    p.current = std::clamp(value, p.minimum, p.maximum);
+    gf_saveParameter(p);
+}
+
+bool gf_removeParameter(const std::string& key) {
+    const fs::path path = gf_parameterFilePath();
+    pugi::xml_document doc;
+    if (const auto result = doc.load_file(path.c_str()); !result) {
+        gf_logLine(fmt::format("{} could not be loaded: {}", path.string(), result.description()));
+        return false;
+    }
+    pugi::xml_node root = doc.child("root");
+    if (!root) {
+        gf_logLine(fmt::format("{} missing in {}", "root", path.string()));
+        return false;
+    }
+    pugi::xml_node section = root.child("parameters");
+    if (!section) {
+        gf_logLine(fmt::format("Section {} missing in {}", "parameters", path.string()));
+        return false;
+    }
+    pugi::xml_node n = lf_find(section, key);
+    if (!n) return false;
+    section.remove_child(n);
+    gf_logLine(fmt::format("Parameter '{}' removed", key));
+    if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
+    return true;
+}
+
+void gf_toggleBoolOption(BoolOption& option) {
+    option.current = !option.current;
+    gf_saveParameter(static_cast<const BoolParameter&>(option));
+    updateOptions(option);
+}
+
+}  // namespace tfx

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/log.h"
+#include "app/text_utils.h"
+#include "support/temp_workdir.h"
+
+namespace fs = std::filesystem;
+using tfx::test::TempWorkdir;
+
+TEST(Log, OpeningKeepsThePreviousRunAsOneGeneration) {
+    TempWorkdir dir;
+    tfx::gf_logLine("first run");
+    tfx::gf_openLog();  // second run
+    tfx::gf_logLine("second run");
+    tfx::gf_openLog();  // third run: Log0 holds the second, not the first
+    EXPECT_NE(dir.read("Log0.txt").find("second run"), std::string::npos);
+    EXPECT_EQ(dir.read("Log0.txt").find("first run"), std::string::npos);
+    EXPECT_EQ(dir.logText().find("second run"), std::string::npos);
+}
+
+TEST(Log, HeadLineNamesProgramVersionAndSimulators) {
+    TempWorkdir dir;
+    const std::string head = tfx::gf_split(dir.logText(), '\n').front();
+    EXPECT_NE(head.find("ZEPT version 15.15 for MSFS 2020/2024"), std::string::npos) << head;
+    EXPECT_NE(head.find('Z'), std::string::npos);
+}
+
+TEST(Log, PlainLinesWaitFor4096BytesWarningsFlushAtOnce) {
+    TempWorkdir dir;
+    const auto onDisk = [&] { return fs::file_size(dir.path() / "Log.txt"); };
+    const auto afterHead = onDisk();
+
+    const std::string line(99, 'x');  // 100 bytes with its newline
+    for (int i = 0; i < 40; ++i) tfx::gf_logLine(line);
+    EXPECT_EQ(onDisk(), afterHead) << "4000 bytes must stay buffered";
+    tfx::gf_logLine(line);  // 4100 bytes: over the mark
+    EXPECT_EQ(onDisk(), afterHead + 4100);
+
+    tfx::gf_logLine("short");
+    tfx::gf_logError("broken");
+    EXPECT_EQ(onDisk(), afterHead + 4100 + 6 + 11);
+    EXPECT_NE(dir.read("Log.txt").find("\n==> broken\n"), std::string::npos);
+}
+
+TEST(Log, ClosedLogIgnoresEverything) {
+    TempWorkdir dir(false);
+    tfx::gf_logLine("nowhere");
+    tfx::gf_logError("nowhere");
+    tfx::gf_flushLog();
+    EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
+}
+
+TEST(Log, LinesFromManyThreadsNeverMix) {
+    TempWorkdir dir;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            const std::string line(200, static_cast<char>('a' + t));
+            for (int i = 0; i < 500; ++i) {
+                if (i % 50 == 0)
+                    tfx::gf_logError(line);
+                else
+                    tfx::gf_logLine(line);
+            }
+        });
+    for (auto& th : threads) th.join();
+    int count = 0;
+    for (const auto& raw : tfx::gf_split(dir.logText(), '\n')) {
+        std::string_view line = raw;
+        if (line.starts_with("==> ")) line.remove_prefix(4);
+        if (line.size() != 200) continue;
+        EXPECT_EQ(line.find_first_not_of(line[0]), std::string_view::npos);
+        ++count;
+    }
+    EXPECT_EQ(count, 2000);
+}
+
+TEST(Banner, StarsAroundTextOrTextAlone) {
+    using tfx::gf_banner;
+    EXPECT_EQ(gf_banner(3, 2, false, false, ""), "******");  // odd width rounds up
+    EXPECT_EQ(gf_banner(10, 0, false, false, "ab"), "**** ab ****");
+    EXPECT_EQ(gf_banner(4, 0, false, false, "ab"), "ab");  // 4 is not more than 2 + 2
+    EXPECT_EQ(gf_banner(2, 0, true, true, "a long title"), "\na long title\n");
+    // A pair of width W ends up the same length.
+    const std::string open = tfx::gf_bannerOpen(80, "parameters");
+    const std::string close = tfx::gf_bannerClose(80, "parameters");
+    EXPECT_EQ(open.front(), '\n');
+    EXPECT_EQ(close.back(), '\n');
+    EXPECT_EQ(open.size() - 1, close.size() - 1);
+}
+
+TEST(NowText, HasDayMonthYearAndUtcTime) {
+    const std::string now = tfx::gf_nowText();
+    const auto parts = tfx::gf_split(now, ' ');
+    ASSERT_EQ(parts.size(), 4u) << now;
+    EXPECT_EQ(parts[1].size(), 3u);
+    EXPECT_EQ(parts[3].size(), 6u);
+    EXPECT_EQ(parts[3].back(), 'Z');
+}
