@@ -8,6 +8,7 @@
 
 #include "app/log.h"
 #include "app/text_utils.h"
+#include "gui/gui.h"
 #include "platform/codepage.h"
 
 namespace fs = std::filesystem;
@@ -158,7 +159,9 @@ bool gf_readTextLines(Charset charset, const fs::path& path, std::vector<std::st
         }
     } catch (const std::exception& e) {
         lines.clear();
-        gf_logError(fmt::format("Read failed for '{}': {}", path.string(), e.what()));
+        const std::string text = fmt::format("Read failed for '{}': {}", path.string(), e.what());
+        gf_showStatus(text);
+        gf_logError(text);
         return false;
     }
 }
