@@ -1,0 +1,16 @@
+// Ctrl-C and termination requests from the console. A console user stops the
+// program the way the window's close button would.
+#pragma once
+
+#include <functional>
+
+namespace tfx {
+
+// Blocks SIGINT and SIGTERM for the calling thread and every thread it starts
+// afterwards (call it first in main), and starts a watcher thread that calls
+// onStop, on that thread, for each such signal.
+void pf_startStopSignalWatcher(std::function<void(int signal)> onStop);
+// Ends the watcher thread (within about 200 ms) and joins it.
+void pf_stopStopSignalWatcher();
+
+}  // namespace tfx
