@@ -1,0 +1,11 @@
+// The flight plan file that MSFS 2020 gets for a live aircraft with a route.
+#pragma once
+
+#include "traffic/aircraft.h"
+
+namespace tfx {
+
+// Called when the object identifier of a live aircraft arrives.
+void gf_createFlightPlan(LiveAircraft& ac);
+
+}  // namespace tfx

@@ -1,0 +1,18 @@
+// STAND-IN for the stand claims of live aircraft: no stands are known, so no
+// aircraft is created at a stand and nothing is learned or removed. The real
+// bodies replace this file.
+#include "traffic/stand_claims.h"
+
+namespace tfx {
+
+std::optional<StandTaken> lf_findStandAtSpawn(LiveAircraft&) {
+    return std::nullopt;
+}
+
+void gf_addRealStandOption(std::int32_t, const LiveAircraft&, int) {}
+
+void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft&) {}
+
+void gf_checkForAllGndIfParkedVersionExistsAndRemove() {}
+
+}  // namespace tfx
