@@ -7,8 +7,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 cmake --preset default >/dev/null
-cmake --build --preset default --target zept
-mkdir -p run/docs
+cmake --build --preset default --target zept zept_bundled_data
+mkdir -p run/docs run/input
 cp build/default/zept run/zept
+cp build/default/input/dbase.enc run/input/dbase.enc
 cd run
 exec ./zept "$@"

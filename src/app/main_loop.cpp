@@ -1,0 +1,67 @@
+// The main loop: the traffic tick on the 10 ms grid, the once-a-second work
+// paced by the simulator's beat, and the handling of a paused flight.
+#include <fmt/format.h>
+
+#include "app/exit_request.h"
+#include "app/log.h"
+#include "app/run_flags.h"
+#include "app/run_state.h"
+#include "app/session_internal.h"
+#include "app/tick_grid.h"
+#include "gui/gui.h"
+#include "sim/sim_queues.h"
+#include "traffic/traffic.h"
+
+namespace tfx {
+namespace {
+
+constexpr int PAUSE_COUNTDOWN_TICKS = 100;  // one second of ticks
+int pauseCountdown = PAUSE_COUNTDOWN_TICKS;
+
+// Called every tick while no flight runs: the traffic stands still.
+void lf_flightNotRunning() {
+    if (flightPaused.load() == 0) {
+        trafficOpen = 0;
+        flightPaused = 1;
+        pauseCountdown = PAUSE_COUNTDOWN_TICKS;
+        gf_clearFrameTables();
+        gf_logLine(fmt::format("{} Flight not running", gf_nowText()));
+    }
+    gf_trafficFrozenTick();
+    if (--pauseCountdown <= 0) pauseCountdown = PAUSE_COUNTDOWN_TICKS;
+}
+
+void lf_everySecond() {
+    if (flightPaused.exchange(0) != 0) {
+        gf_logLine(fmt::format("{} Flight resumed", gf_nowText()));
+        trafficOpen = 1;
+    }
+    gf_trafficEverySecond();
+    Gui::enqueueUpdate({GuiKind::StatusTimeout, std::monostate{}});
+}
+
+bool lf_tick() {
+    if (SimRunState.load() != 2) {
+        lf_flightNotRunning();
+        return gf_keepRunning();
+    }
+    gf_applyParkedNavLights();
+    gf_trafficTick();
+    if (secondBeat.exchange(0) == 0) return true;
+    lf_everySecond();
+    if (!gf_keepRunning()) return false;
+    gf_trafficPeriodicWork();
+    return true;
+}
+
+}  // namespace
+
+void lf_mainLoop() {
+    secondsCounter = 0;
+    trafficOpen = 1;
+    SteadyLoopClock clock;
+    gf_runTickGrid(
+        clock, [] { return lf_tick(); }, [] { return secondBeat.load() != 0; }, [](auto, auto) {});
+}
+
+}  // namespace tfx

@@ -1,0 +1,69 @@
+// Recording what the built-in simulator receives.
+#include "sim/builtin_sim_recorder.h"
+
+#include <fstream>
+
+#include <fmt/format.h>
+
+#include "app/log.h"
+
+namespace tfx {
+
+namespace bsim {
+
+void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& position) {
+    if (recorder.limit == 0) return;  // recording is off
+    if (recorder.positions.size() >= recorder.limit) {
+        if (!recorder.overflowLogged) {
+            gf_logError(fmt::format("Built-in simulator: {} positions recorded, recording stops",
+                                    recorder.limit));
+            recorder.overflowLogged = true;
+        }
+        return;
+    }
+    recorder.positions.push_back(position);
+}
+
+void gf_countEvent(PositionRecorder& recorder, std::uint32_t objectId, std::string_view event) {
+    auto& counts = recorder.eventCounts[objectId];
+    if (const auto it = counts.find(event); it != counts.end()) {
+        ++it->second;
+    } else {
+        counts.emplace(std::string(event), 1u);
+    }
+}
+
+}  // namespace bsim
+
+std::vector<RecordedPosition> gf_positionsOf(const std::vector<RecordedPosition>& all,
+                                             std::uint32_t objectId) {
+    std::vector<RecordedPosition> out;
+    for (const RecordedPosition& p : all) {
+        if (p.object_id == objectId) out.push_back(p);
+    }
+    return out;
+}
+
+bool gf_writePositionsCsv(const std::vector<RecordedPosition>& positions,
+                          const std::filesystem::path& path) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        gf_logError(fmt::format("Cannot write the recorded positions to {}", path.string()));
+        return false;
+    }
+    out << "time_ms,object_id,lat_deg,lon_deg,alt_ft,pitch_deg,bank_deg,heading_deg,vs_fpm,"
+           "tas_kt,released\n";
+    for (const RecordedPosition& p : positions) {
+        out << fmt::format("{},{},{:.7f},{:.7f},{:.2f},{:.3f},{:.3f},{:.3f},{:.1f},{:.1f},{}\n",
+                           p.time_ms, p.object_id, p.lat_deg, p.lon_deg, p.alt_ft, p.pitch_deg,
+                           p.bank_deg, p.heading_deg, p.vs_fpm, p.tas_kt, p.released ? 1 : 0);
+    }
+    out.flush();
+    if (!out) {
+        gf_logError(fmt::format("Writing the recorded positions to {} failed", path.string()));
+        return false;
+    }
+    return true;
+}
+
+}  // namespace tfx

@@ -1,0 +1,45 @@
+// What the built-in simulator was told: every position set on an object,
+// with the simulator's time, and the client events each object received.
+// Tests and plots check motion against it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tfx {
+
+struct RecordedPosition {
+    std::int64_t time_ms = 0;  // simulator clock
+    std::uint32_t object_id = 0;
+    double lat_deg = 0, lon_deg = 0, alt_ft = 0;
+    double pitch_deg = 0, bank_deg = 0, heading_deg = 0;
+    double vs_fpm = 0, tas_kt = 0;
+    bool released = false;  // the simulator's AI had given the object up
+};
+
+struct PositionRecorder {
+    std::vector<RecordedPosition> positions;
+    std::size_t limit = 1'000'000;  // further positions are dropped (logged once); 0: off
+    bool overflowLogged = false;
+    // object -> simulator event name -> count
+    std::map<std::uint32_t, std::map<std::string, std::uint32_t, std::less<>>> eventCounts;
+};
+
+namespace bsim {
+void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& position);
+void gf_countEvent(PositionRecorder& recorder, std::uint32_t objectId, std::string_view event);
+}  // namespace bsim
+
+// Positions of one object, oldest first.
+std::vector<RecordedPosition> gf_positionsOf(const std::vector<RecordedPosition>& all,
+                                             std::uint32_t objectId);
+// One line per position with a header line; false (logged) when it can't write.
+bool gf_writePositionsCsv(const std::vector<RecordedPosition>& positions,
+                          const std::filesystem::path& path);
+
+}  // namespace tfx

@@ -1,0 +1,93 @@
+// The built-in simulator's world: where the user's aircraft stands or goes,
+// the airports that shape the ground, and the aircraft titles the simulated
+// installation knows. Read from a small JSON file:
+//
+//   {
+//     "start_utc": "2024-06-01T12:00:00Z",    // simulator clock at flight load
+//     "default_ground_ft": 0,                  // ground away from any airport
+//     "airports": [                            // flat at field elevation within
+//       { "icao": "EGTK", "lat": 51.8369,      // radius_nm (default 3), blending
+//         "lon": -1.32, "elevation_ft": 270,   // to default_ground_ft over one
+//         "radius_nm": 3 } ],                  // more radius
+//     "installed": [                           // titles an AI create may use;
+//       "Plain Title",                         // a bare text has no model
+//       { "title": "Airbus A320 Neo Asobo", "model": "A20N",
+//         "static_cg_ft": 8.2, "static_pitch_deg": 0.4 } ],  // both optional
+//     "user": {
+//       "title": "...", "atc_model": "ATCCOM.AC_MODEL_C172.0.text",
+//       "atc_id": "G-ZEPT", "model": "C172",   // model: static CG and pitch
+//       "static_cg_ft": 3.1, "static_pitch_deg": 1.0,   // optional overrides
+//       "lights_mask": 3,
+//       "heading_deg": 10,                    // while standing with no course
+//       "parked": { "lat": 51.8365, "lon": -1.3218, "heading_deg": 190 }
+//       // or, instead of "parked", a timed path in seconds of flight time;
+//       // a point without "alt_ft" is on the ground:
+//       // "path": [ { "t_s": 0, "lat": .., "lon": .. },
+//       //           { "t_s": 90, "lat": .., "lon": .., "alt_ft": 1500 } ],
+//       // "loop": false                       // start over after the last point
+//     }
+//   }
+//
+// Every field has a default; a bad entry is logged and skipped, a file that
+// leaves the user aircraft without a position is refused.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tfx {
+
+struct KnownTitle {
+    std::string title;
+    std::string model;  // type code; picks the static CG height and pitch
+    std::optional<double> static_cg_ft;
+    std::optional<double> static_pitch_deg;
+};
+
+struct ScenarioAirport {
+    std::string icao;
+    double lat_deg = 0, lon_deg = 0;
+    double elevation_ft = 0;
+    double radius_nm = 3;
+};
+
+struct PathPoint {
+    double t_s = 0;  // seconds of flight time
+    double lat_deg = 0, lon_deg = 0;
+    std::optional<double> alt_ft;  // none: on the ground
+};
+
+struct UserScenario {
+    std::string title = "Cessna Skyhawk G1000 Asobo";
+    std::string atc_model = "ATCCOM.AC_MODEL_C172.0.text";  // raw, as the simulator gives it
+    std::string atc_id = "G-ZEPT";
+    std::string model = "C172";
+    std::optional<double> static_cg_ft;
+    std::optional<double> static_pitch_deg;
+    std::uint32_t lights_mask = 0x3;  // nav and beacon
+    double heading_deg = 0;           // while standing with no course
+    std::vector<PathPoint> path;      // one point: parked there
+    bool loop = false;
+};
+
+struct Scenario {
+    std::int64_t start_utc_s = 1717243200;  // 2024-06-01 12:00:00Z
+    double default_ground_ft = 0;
+    std::vector<ScenarioAirport> airports;
+    std::vector<KnownTitle> installed;
+    UserScenario user;
+};
+
+// Reads a scenario file; nullopt (logged) when it can't be used.
+std::optional<Scenario> gf_readSimScenario(const std::filesystem::path& path);
+// The same from text; source names the text in log lines.
+std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::string_view source);
+
+// "2024-06-01T12:00:00Z" -> seconds since the epoch; nullopt when malformed.
+std::optional<std::int64_t> gf_parseUtcText(std::string_view text);
+
+}  // namespace tfx

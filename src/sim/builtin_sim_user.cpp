@@ -1,0 +1,112 @@
+// The user aircraft of the built-in simulator, flown by the scenario's path.
+#include <cmath>
+#include <numbers>
+
+#include "sim/builtin_sim_internal.h"
+#include "sim/builtin_sim_terrain.h"
+
+namespace tfx::bsim {
+
+namespace {
+
+constexpr double kFeetPerSecondPerKnot = 1.68781;
+
+struct Fix {
+    double lat_deg, lon_deg, alt_ft;
+    bool onGround;
+};
+
+Fix lf_fix(const Scenario& world, const PathPoint& p, double cg_ft) {
+    if (p.alt_ft) return {p.lat_deg, p.lon_deg, *p.alt_ft, false};
+    return {p.lat_deg, p.lon_deg, gf_groundAltitudeFt(world, p.lat_deg, p.lon_deg) + cg_ft, true};
+}
+
+void lf_standStill(SimObject& u, const Fix& at, double heading_deg) {
+    u.lat_deg = at.lat_deg;
+    u.lon_deg = at.lon_deg;
+    u.alt_ft = at.alt_ft;
+    u.heading_deg = u.track_deg = heading_deg;
+    u.gs_kt = u.tas_kt = u.vs_fpm = 0;
+    u.pitch_deg = at.onGround ? u.staticPitch_deg : 0;
+    u.bank_deg = 0;
+}
+
+double lf_bearing(const PathPoint& a, const PathPoint& b, double fallback_deg) {
+    if (gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) < 1e-6) return fallback_deg;
+    return gf_initialBearingDeg(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg);
+}
+
+}  // namespace
+
+void gf_resetUserAircraft(SimWorld& world) {
+    SimObject& u = gf_userAircraft(world);
+    const UserScenario& s = world.scenario.user;
+    u.objectId = world.config.user_object_id;
+    u.isUser = true;
+    u.title = s.title;
+    u.atcModel = s.atc_model;
+    u.atcId = s.atc_id;
+    StaticAttitude attitude = gf_staticAttitudeOfModel(s.model);
+    if (s.static_cg_ft) attitude.cg_ft = *s.static_cg_ft;
+    if (s.static_pitch_deg) attitude.pitch_deg = *s.static_pitch_deg;
+    u.staticCg_ft = attitude.cg_ft;
+    u.staticPitch_deg = attitude.pitch_deg;
+    u.lightsMask = s.lights_mask;
+    u.gearDown = true;
+    u.enginesRunning = s.path.size() > 1;
+    gf_placeUserAircraft(world);
+}
+
+void gf_placeUserAircraft(SimWorld& world) {
+    SimObject& u = gf_userAircraft(world);
+    const UserScenario& s = world.scenario.user;
+    const Scenario& sc = world.scenario;
+    if (!world.flightLoaded || s.path.empty()) {  // the menu: nowhere
+        lf_standStill(u, {0, 0, gf_groundAltitudeFt(sc, 0, 0) + u.staticCg_ft, true}, 0);
+        return;
+    }
+    const auto& path = s.path;
+    if (path.size() == 1) {
+        lf_standStill(u, lf_fix(sc, path.front(), u.staticCg_ft), s.heading_deg);
+        return;
+    }
+    double t_s = static_cast<double>(world.flightTime_us) / 1e6;
+    const double span_s = path.back().t_s - path.front().t_s;
+    if (s.loop && t_s > path.back().t_s) {
+        t_s = path.front().t_s + std::fmod(t_s - path.front().t_s, span_s);
+    }
+    if (t_s <= path.front().t_s) {
+        lf_standStill(u, lf_fix(sc, path[0], u.staticCg_ft),
+                      lf_bearing(path[0], path[1], s.heading_deg));
+        return;
+    }
+    const std::size_t last = path.size() - 1;
+    if (t_s >= path[last].t_s) {
+        lf_standStill(u, lf_fix(sc, path[last], u.staticCg_ft),
+                      lf_bearing(path[last - 1], path[last], s.heading_deg));
+        return;
+    }
+    std::size_t i = 0;
+    while (path[i + 1].t_s <= t_s) ++i;
+    const PathPoint& a = path[i];
+    const PathPoint& b = path[i + 1];
+    const Fix fa = lf_fix(sc, a, u.staticCg_ft);
+    const Fix fb = lf_fix(sc, b, u.staticCg_ft);
+    const double dt_s = b.t_s - a.t_s;
+    const double f = (t_s - a.t_s) / dt_s;
+    u.lat_deg = a.lat_deg + f * (b.lat_deg - a.lat_deg);
+    u.lon_deg = a.lon_deg + f * (b.lon_deg - a.lon_deg);
+    const bool onGround = fa.onGround && fb.onGround;
+    u.alt_ft = onGround ? gf_groundAltitudeFt(sc, u.lat_deg, u.lon_deg) + u.staticCg_ft
+                        : fa.alt_ft + f * (fb.alt_ft - fa.alt_ft);
+    u.heading_deg = u.track_deg = lf_bearing(a, b, u.heading_deg);
+    u.gs_kt = u.tas_kt =
+        gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) / (dt_s / 3600.0);
+    u.vs_fpm = onGround ? 0 : (fb.alt_ft - fa.alt_ft) / (dt_s / 60.0);
+    u.pitch_deg = onGround ? u.staticPitch_deg
+                           : std::atan2(u.vs_fpm / 60.0, u.gs_kt * kFeetPerSecondPerKnot) * 180.0 /
+                                 std::numbers::pi;
+    u.bank_deg = 0;
+}
+
+}  // namespace tfx::bsim
