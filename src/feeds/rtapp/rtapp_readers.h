@@ -1,0 +1,30 @@
+// The two reader threads of the RealTraffic application's UDP ports.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace tfx {
+
+// Start the weather reader, then the traffic reader; each on its own thread.
+void gf_startWeatherReader();
+void gf_startTrafficReader();
+// Sets both stop flags and joins the weather thread, then the traffic thread.
+void gf_stopRTAppReaders();
+
+// Datagrams counted by the traffic reader so far; the indicator compares them.
+std::uint32_t gf_trafficDatagrams();
+
+// Every 30 seconds while connected: the traffic indicator shows no data when
+// no datagram came since the last look, the weather indicator when no good
+// weather came in the last 90 seconds.
+void gf_checkFeedIndicators();
+
+// One datagram of the weather port.
+void gf_takeWeatherDatagram(std::string_view text);
+// Forgets what the weather reader has seen.
+void gf_resetWeatherState();
+// Steady-clock seconds of the last good weather datagram; 0 when none came.
+std::int64_t gf_lastGoodWeather_s();
+
+}  // namespace tfx

@@ -1,0 +1,63 @@
+// STAND-IN for the weather decoding of the application's weather port: only
+// a JSON object whose "QNH" is a number in hPa between 900 and 1100 is taken.
+// Inches of mercury, texts and the error codes of the full decoder come with
+// the weather issue, which replaces this file.
+#include <atomic>
+#include <chrono>
+#include <cmath>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "app/log.h"
+#include "feeds/qnh.h"
+#include "feeds/rtapp/rtapp_readers.h"
+#include "gui/gui.h"
+
+namespace tfx {
+
+namespace {
+
+std::int32_t readerQnh = 0;  // the weather thread's copy
+std::atomic<std::int64_t> lastGood_s{0};
+
+}  // namespace
+
+void gf_takeWeatherDatagram(std::string_view text) {
+    try {
+        const auto data = nlohmann::json::parse(text);
+        const auto it = data.is_object() ? data.find("QNH") : data.end();
+        if (it == data.end() || !it->is_number()) {
+            gf_logLine(fmt::format("no QNH {}", text));
+            return;
+        }
+        const double value = it->get<double>();
+        if (!std::isfinite(value) || value < 900.0 || value > 1100.0) {
+            gf_logError(
+                fmt::format("{} in {}", fmt::format("QNH outside limits: {:.2F}", value), text));
+            return;
+        }
+        lastGood_s = std::chrono::duration_cast<std::chrono::seconds>(
+                         std::chrono::steady_clock::now().time_since_epoch())
+                         .count();
+        const auto rounded = static_cast<std::int32_t>(std::lround(value));
+        if (rounded != readerQnh) {
+            readerQnh = rounded;
+            qnh.exchange(rounded);
+            Gui::enqueueUpdate({GuiKind::Qnh, std::int64_t{rounded}});
+        }
+    } catch (const std::exception& e) {
+        gf_logLine(fmt::format("Exception {}, in {}", e.what(), text));
+    }
+}
+
+void gf_resetWeatherState() {
+    readerQnh = 0;
+    lastGood_s = 0;
+}
+
+std::int64_t gf_lastGoodWeather_s() {
+    return lastGood_s.load();
+}
+
+}  // namespace tfx

@@ -1,0 +1,64 @@
+// A small wrapper over BSD sockets for the links to local programs: TCP
+// listen, accept, connect, send, receive; UDP bind, send and receive. Every
+// failure is a value; error codes use the Winsock numbers that the log and
+// the link's rules are written in.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tfx {
+
+using SocketFd = int;
+inline constexpr SocketFd NO_SOCKET = -1;
+
+// Winsock numbers of the errors the links tell apart.
+inline constexpr int WSA_EINTR = 10004;
+inline constexpr int WSA_EWOULDBLOCK = 10035;
+inline constexpr int WSA_ECONNABORTED = 10053;
+inline constexpr int WSA_ECONNRESET = 10054;
+inline constexpr int WSA_ETIMEDOUT = 10060;
+
+// The last socket error of this thread, as a Winsock number.
+int gf_socketError();
+// An errno value as a Winsock number.
+int gf_winsockNumber(int errnoValue);
+
+// New sockets; NO_SOCKET on failure (gf_socketError tells why).
+SocketFd gf_tcpSocket();
+SocketFd gf_udpSocket();
+
+bool gf_setReuseAddress(SocketFd s);
+bool gf_setBroadcast(SocketFd s);
+bool gf_setNoDelay(SocketFd s);
+bool gf_setBlocking(SocketFd s, bool blocking);
+bool gf_setReceiveTimeout(SocketFd s, int timeout_ms);
+
+// address is a dotted IPv4 text; port 0 lets the system choose.
+bool gf_bindSocket(SocketFd s, const std::string& address, std::uint16_t port);
+bool gf_listenSocket(SocketFd s);
+// The port the socket is bound to, 0 on failure.
+std::uint16_t gf_boundPort(SocketFd s);
+SocketFd gf_acceptClient(SocketFd listener);
+bool gf_connectSocket(SocketFd s, const std::string& address, std::uint16_t port);
+
+// 1 readable, 0 not within the wait, -1 error.
+int gf_waitReadable(SocketFd s, int timeout_ms);
+
+// Bytes moved, or -1 (gf_socketError tells why). Sending never raises a signal.
+std::int64_t gf_sendBytes(SocketFd s, std::string_view data);
+std::int64_t gf_receiveBytes(SocketFd s, char* buffer, std::size_t size);
+std::int64_t gf_receiveDatagram(SocketFd s, char* buffer, std::size_t size);
+std::int64_t gf_sendDatagram(SocketFd s, std::string_view data, const std::string& address,
+                             std::uint16_t port);
+
+// Shuts the socket down (waking a thread blocked on it), closes it and sets
+// it to NO_SOCKET. Nothing happens for NO_SOCKET.
+void gf_closeSocket(SocketFd& s);
+
+// A port text as a number; 0 when it is none.
+std::uint16_t gf_portNumber(std::string_view text);
+
+}  // namespace tfx

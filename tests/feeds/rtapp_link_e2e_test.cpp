@@ -1,0 +1,264 @@
+// The whole road on loopback: ZEPT's link and readers against the stand-in
+// application playing the bundled scenario. History pieces and live cycles
+// must reach the engine's intake with their delays, the parked list must
+// arrive, and the link must end the session when the application goes.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <mutex>
+#include <thread>
+
+#include "../../tools/rt_app_standin_lib.h"
+#include "app/exit_request.h"
+#include "app/options.h"
+#include "app/parameters.h"
+#include "app/run_flags.h"
+#include "feeds/feed_start.h"
+#include "feeds/qnh.h"
+#include "feeds/rt_app/rt_app_position.h"
+#include "feeds/rtapp/reader_state.h"
+#include "feeds/rtapp/rtapp_link.h"
+#include "liveries/reference_db.h"
+#include "parking/park_airport.h"
+#include "sim/sim_client.h"
+#include "sim/user_data.h"
+#include "support/sealed_dbase.h"
+
+using namespace tfx;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr double EGTK_LAT = 51.8369, EGTK_LON = -1.3200;
+
+struct Handed {
+    std::size_t count;
+    int delay_s;
+};
+std::mutex handedLock;
+std::vector<Handed> handed;
+
+void lf_record(std::vector<TrafficMessage>& batch, int delay_s, bool) {
+    std::lock_guard lock(handedLock);
+    handed.push_back({batch.size(), delay_s});
+    batch.clear();
+}
+
+std::uint16_t lf_freePort(bool tcp) {
+    SocketFd s = tcp ? gf_tcpSocket() : gf_udpSocket();
+    gf_bindSocket(s, "127.0.0.1", 0);
+    const std::uint16_t port = gf_boundPort(s);
+    gf_closeSocket(s);
+    return port;
+}
+
+template <typename Done>
+bool lf_waitFor(Done done, std::chrono::milliseconds limit) {
+    const auto until = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > until) return false;
+        std::this_thread::sleep_for(10ms);
+    }
+    return true;
+}
+
+class RtAppRoad : public ::testing::Test {
+protected:
+    void SetUp() override {
+        test::sealDbase(dir, test::bundledDbaseXml());
+        gf_clearReferenceData();
+        ASSERT_TRUE(gf_readDbase());
+        gf_clearExitRequest();
+        gf_publishOptions([](Options& o) {
+            o.RANGE = 40;
+            o.range_nm = 40;
+            o.rangeSquared_nm2 = 1600;
+            o.AEROWINX = false;
+            o.AUTO_RANGE = false;
+            o.LIGHT_AIRCRAFT = true;
+        });
+        params.PSX_SERVER_HERE.current = true;
+        rtAppEndpoints.tcpPort = std::to_string(lf_freePort(true));
+        rtAppEndpoints.trafficPort = lf_freePort(false);
+        rtAppEndpoints.weatherPort = lf_freePort(false);
+        rtAppTiming.probe_ms = 200;
+        rtAppTiming.bufferPolls = 100;
+        rtAppTiming.parkedPolls = 100;
+        rtAppTiming.firstTrafficPolls = 50;
+
+        UserData user;
+        user.lat = EGTK_LAT;
+        user.lon = EGTK_LON;
+        user.alt = 270;
+        user.indicatedAlt = 270;
+        gf_storeUserData(user);
+        userOnGround = 1;
+        parkAirport = {};
+        parkAirport.icao = 0x4547544B;
+        parkAirport.lat = EGTK_LAT;
+        parkAirport.lon = EGTK_LON;
+        parkAirport.alt_ft = 270;
+        trafficReaderState.sink = &lf_record;
+        handed.clear();
+
+        auto scene =
+            scenario::gf_readScenario(std::string(ZEPT_SOURCE_DIR) + "/data/rt_scenario_egtk.csv");
+        ASSERT_TRUE(scene);
+        scene_ = std::move(*scene);
+    }
+    void TearDown() override {
+        for (auto& app : apps) app->stop = true;
+        for (auto& t : appThreads) t.join();
+        gf_stopFeedReaders();
+        gf_closeRTApp();
+        trafficReaderState.sink = nullptr;
+        rtAppEndpoints = {};
+        rtAppTiming = {};
+        gf_storeUserData({});
+        userOnGround = -1;
+        gf_clearParkAirport();
+        gf_clearExitRequest();
+        gf_clearReferenceData();
+        qnh = 1013;
+    }
+
+    standin::App& startApp(bool vanish = false, bool reconnect = false) {
+        auto app = std::make_unique<standin::App>();
+        app->scene = scene_;
+        app->config.tcpPort = gf_portNumber(rtAppEndpoints.tcpPort);
+        app->config.trafficPort = rtAppEndpoints.trafficPort;
+        app->config.weatherPort = rtAppEndpoints.weatherPort;
+        app->config.cycle_ms = 200;
+        app->config.weather_ms = 300;
+        app->config.qnh_hPa = 1021;
+        app->config.vanish = vanish;
+        app->config.reconnect = reconnect;
+        apps.push_back(std::move(app));
+        standin::App& ref = *apps.back();
+        appThreads.emplace_back([&ref] { standin::gf_runStandin(ref); });
+        return ref;
+    }
+    std::vector<Handed> handedSoFar() {
+        std::lock_guard lock(handedLock);
+        return handed;
+    }
+
+    test::TempWorkdir dir;
+    scenario::Scenario scene_;
+    std::vector<std::unique_ptr<standin::App>> apps;
+    std::vector<std::thread> appThreads;
+};
+
+TEST_F(RtAppRoad, HistoryLiveParkedThenTheApplicationGoes) {
+    standin::App& app = startApp();
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    EXPECT_EQ(app.stats.versionQuestions.load(), 1);
+    EXPECT_EQ(app.stats.bufferRequests.load(), 1);
+    EXPECT_EQ(app.stats.parkedRequests.load(), 1);
+    EXPECT_TRUE(trafficReaderState.bufferDone);
+    EXPECT_TRUE(trafficReaderState.parkedDone);
+    EXPECT_NE(trafficReaderState.lastHeard.load(), 0);
+
+    // The five history pieces in order, six seconds apart.
+    auto h = handedSoFar();
+    ASSERT_GE(h.size(), 5u);
+    for (int k = 0; k < 5; ++k) {
+        EXPECT_EQ(h[k].delay_s, 6 * k);
+        EXPECT_GT(h[k].count, 3u) << "piece " << k;
+    }
+    const auto parked = gf_takeParkedList(trafficReaderState);
+    EXPECT_GE(parked.size(), 3u);
+    for (const auto& p : parked) EXPECT_GT(p.hexid, 10000u);
+
+    // Live cycles keep coming at thirty seconds while the position is reported.
+    for (int i = 0; i < 5; ++i) {
+        gf_sendPosition();
+        std::this_thread::sleep_for(100ms);
+    }
+    ASSERT_TRUE(lf_waitFor(
+        [&] {
+            int live = 0;
+            for (const auto& x : handedSoFar()) live += x.delay_s == 30;
+            return live >= 3;
+        },
+        3s));
+    EXPECT_GE(app.stats.positions.load(), 5);
+    EXPECT_FALSE(gf_exitRequest());
+    EXPECT_TRUE(lf_waitFor([] { return qnh.load() == 1021; }, 2s));  // from the weather port
+
+    // The application goes away: within two reports the session asks for a
+    // new one after one second.
+    app.stop = true;
+    appThreads.back().join();
+    appThreads.pop_back();
+    apps.pop_back();
+    ASSERT_TRUE(lf_waitFor(
+        [] {
+            gf_sendPosition();
+            return gf_exitRequest() != nullptr;
+        },
+        2s));
+    EXPECT_EQ(gf_exitRequest()->reason, ExitReason::NewSettings);
+    EXPECT_EQ(gf_exitRequest()->seconds, 1);
+    EXPECT_FALSE(rtAppFeedConnected);
+}
+
+TEST_F(RtAppRoad, AClientThatConnectsAndVanishesIsReplacedByTheNextOne) {
+    startApp(true);
+    std::atomic<bool> started{false};
+    std::thread start([&] { started = lf_startRTAppFeeds(); });
+    ASSERT_TRUE(lf_waitFor([&] { return apps.back()->stats.connections.load() == 1; }, 2s));
+    appThreads.back().join();
+    appThreads.pop_back();
+    // It may reach the listener that is about to be replaced; like the real
+    // application it then tries again.
+    standin::App& real = startApp(false, true);
+    start.join();
+    EXPECT_TRUE(started);
+    EXPECT_GE(real.stats.versionQuestions.load(), 1);
+    EXPECT_NE(dir.logText().find("RT App connection was stale, waiting for a new one ..."),
+              std::string::npos);
+}
+
+TEST_F(RtAppRoad, ClosingTheWindowEndsAWaitForTheApplication) {
+    std::atomic<bool> done{false};
+    bool result = true;
+    std::thread start([&] {
+        result = lf_startRTAppFeeds();
+        done = true;
+    });
+    ASSERT_TRUE(lf_waitFor([] { return appSocket.waiting.load(); }, 2s));
+    std::this_thread::sleep_for(100ms);
+    const auto closedAt = std::chrono::steady_clock::now();
+    gf_onUserClosing();
+    EXPECT_TRUE(lf_waitFor([&] { return done.load(); }, 1s));
+    start.join();
+    EXPECT_FALSE(result);
+    EXPECT_LT(std::chrono::steady_clock::now() - closedAt, 500ms);
+}
+
+TEST_F(RtAppRoad, WithoutTheTcpLinkTheReadersStillRun) {
+    params.PSX_SERVER_HERE.current = false;
+    rtAppTiming.bufferPolls = 2;
+    rtAppTiming.firstTrafficPolls = 2;
+    userOnGround = 0;  // in the air: nobody asks for parked traffic
+    gf_clearParkAirport();
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    EXPECT_TRUE(rtAppFeedConnected);
+    EXPECT_NE(dir.logText().find("Time out: no buffer traffic received?"), std::string::npos);
+    gf_sendPosition();
+    EXPECT_FALSE(gf_exitRequest());
+
+    // Whatever broadcasts on the traffic port is still read.
+    SocketFd out = gf_udpSocket();
+    gf_sendDatagram(out, standin::gf_trafficLine("RTTFC", scene_.reports.back(), 1732320000),
+                    "127.0.0.1", rtAppEndpoints.trafficPort);
+    gf_sendDatagram(out, "RTTFC_EOT", "127.0.0.1", rtAppEndpoints.trafficPort);
+    gf_closeSocket(out);
+    EXPECT_TRUE(lf_waitFor([&] { return !handedSoFar().empty(); }, 2s));
+    EXPECT_EQ(handedSoFar().front().delay_s, 30);
+    params.PSX_SERVER_HERE.current = true;
+}
+
+}  // namespace
