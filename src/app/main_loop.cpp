@@ -8,6 +8,8 @@
 #include "app/run_state.h"
 #include "app/session_internal.h"
 #include "app/tick_grid.h"
+#include "feeds/rt_api/query_box.h"
+#include "feeds/rt_app/rt_app_position.h"
 #include "gui/gui.h"
 #include "sim/sim_queues.h"
 #include "traffic/traffic.h"
@@ -28,7 +30,15 @@ void lf_flightNotRunning() {
         gf_logLine(fmt::format("{} Flight not running", gf_nowText()));
     }
     gf_trafficFrozenTick();
-    if (--pauseCountdown <= 0) pauseCountdown = PAUSE_COUNTDOWN_TICKS;
+    // Once a second the feed still learns where the user is, so that its
+    // traffic is ready when the flight resumes.
+    if (--pauseCountdown % PAUSE_COUNTDOWN_TICKS == 0) {
+        if (gf_isRTDirect())
+            gf_updateQueryBox();
+        else
+            gf_sendPosition();
+    }
+    if (pauseCountdown <= 0) pauseCountdown = PAUSE_COUNTDOWN_TICKS;
 }
 
 void lf_everySecond() {
