@@ -48,6 +48,7 @@ void lf_clearAndSave(StringParameter& p) {
 void lf_reinitialise() {
     gf_logLine("Restart phase: reinitializing SimConnect state");
     gf_clearSimBuffers();
+    gf_resetSimClientState();
     userOnGround = -1;
     SimRunState = 0;
     gf_storeUserData(UserData{});

@@ -184,7 +184,12 @@ bool lf_startSimClient() {
 
     gf_requestSimData(2, 0);  // on-ground data, from now on once a second
     if (!lf_waitFor(
-            [] { return userOnGround.load() >= 0 && !lf_positionIsZero(gf_requestUserData()); },
+            [] {
+                // The request goes out every round: the on-ground state
+                // stays unknown until a position has come.
+                const bool placed = !lf_positionIsZero(gf_requestUserData());
+                return placed && userOnGround.load() >= 0;
+            },
             500ms))
         return false;
     gf_requestSimData(1, 0);  // title and model

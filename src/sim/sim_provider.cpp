@@ -1,0 +1,63 @@
+// The built-in simulator as the provider of a process that has no other.
+#include "sim/sim_provider.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+
+#include <fmt/format.h>
+
+#include "app/log.h"
+#include "sim/builtin_sim.h"
+
+namespace tfx {
+namespace {
+
+std::mutex providerLock;
+std::unique_ptr<BuiltinSim> builtinSim;
+
+// Parked at Oxford Kidlington, with the titles the demo traffic asks for.
+Scenario lf_defaultScenario() {
+    Scenario s;
+    s.default_ground_ft = 270;
+    s.airports.push_back({"EGTK", 51.8369, -1.3200, 270, 2});
+    s.user.path.push_back({0, 51.8369, -1.3200, std::nullopt});
+    return s;
+}
+
+std::filesystem::path lf_scenarioPath() {
+    if (const char* env = std::getenv("ZEPT_SIM_SCENARIO"); env != nullptr && *env != '\0')
+        return env;
+    if (std::filesystem::exists("sim_scenario.json")) return "sim_scenario.json";
+    return {};
+}
+
+}  // namespace
+
+bool gf_selectSimProvider() {
+    std::lock_guard lock(providerLock);
+    if (gf_simConnectApi() != nullptr) return false;
+    if (!builtinSim) {
+        builtinSim = std::make_unique<BuiltinSim>();
+        const std::filesystem::path path = lf_scenarioPath();
+        if (path.empty() || !builtinSim->loadScenario(path)) {
+            builtinSim->setScenario(lf_defaultScenario());
+            gf_logLine("Built-in simulator: default flight at EGTK");
+        } else {
+            gf_logLine(fmt::format("Built-in simulator: scenario {}", path.string()));
+        }
+        builtinSim->startThread();
+        builtinSim->run();
+        builtinSim->loadFlight();
+    }
+    gf_setSimConnectApi(builtinSim.get());
+    return true;
+}
+
+void gf_releaseSimProvider() {
+    std::lock_guard lock(providerLock);
+    if (builtinSim && gf_simConnectApi() == builtinSim.get()) gf_setSimConnectApi(nullptr);
+}
+
+}  // namespace tfx
