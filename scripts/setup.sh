@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages ZEPT builds with, when any is missing.
 # Idempotent: with everything in place it prints nothing and touches nothing.
-# Usage: scripts/setup.sh [--fuzz]   (--fuzz adds clang and its libFuzzer runtime)
+# Usage: scripts/setup.sh [--fuzz] [--plot]
+#   --fuzz adds clang and its libFuzzer runtime, --plot adds gnuplot for
+#   scripts/plot_motion.py.
 set -euo pipefail
 
 packages=(
@@ -9,9 +11,12 @@ packages=(
   libpugixml-dev libsodium-dev libcurl4-openssl-dev nlohmann-json3-dev
   libfmt-dev libzip-dev libgtest-dev libgmock-dev libbenchmark-dev
 )
-if [[ "${1:-}" == "--fuzz" ]]; then
-  packages+=(clang libclang-rt-14-dev)
-fi
+for option in "$@"; do
+  case "$option" in
+    --fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    --plot) packages+=(gnuplot-nox) ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

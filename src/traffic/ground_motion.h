@@ -12,3 +12,14 @@ void hp_handleGroundTraffic(LiveAircraft& ac);
 void lf_onPositionReport(const SimMessage& message);
 
 }  // namespace tfx
+
+namespace tfx {
+
+// Timing of a leg on the ground, called when the front point is due.
+void nextPosGround(LiveAircraft& ac);
+// The steps of a ground leg.
+void lf_setGroundSteps(LiveAircraft& ac);
+// Re-times a stop so that it keeps its length as the data have it.
+void lf_retimeSame(LiveAircraft& ac);
+
+}  // namespace tfx

@@ -25,5 +25,8 @@ void gf_addRealStandOption(std::int32_t sid, const LiveAircraft& ac, int real);
 // After the name lookup: a static copy of this aircraft goes.
 void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft& ac);
 void gf_checkForAllGndIfParkedVersionExistsAndRemove();
+// The stream of an aircraft in parking has ended: true when it stands at its
+// stand and goes on parked.
+bool lf_arrivedAtStand(LiveAircraft& ac);
 
 }  // namespace tfx

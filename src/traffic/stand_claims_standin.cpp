@@ -15,4 +15,9 @@ void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft&) {}
 
 void gf_checkForAllGndIfParkedVersionExistsAndRemove() {}
 
+// No stand work yet: an aircraft in parking never arrives.
+bool lf_arrivedAtStand(LiveAircraft&) {
+    return false;
+}
+
 }  // namespace tfx

@@ -1,0 +1,43 @@
+// Replays a scenario of the stand-in application through the traffic engine
+// faster than real time and prints the quality figures of the motion.
+//
+//   replay_motion [scenario.csv] [recording.csv]
+//
+// With a second argument the recording is written for scripts/plot_motion.py.
+#include <cstdio>
+#include <fstream>
+
+#include "app/log.h"
+#include "replay_motion_lib.h"
+
+int main(int argc, char** argv) {
+    using namespace tfx;
+    const std::string path = argc > 1 ? argv[1] : "data/rt_scenario_egtk.csv";
+    int bad = 0;
+    const auto scenario = scenario::gf_readScenario(path, &bad);
+    if (!scenario) {
+        fmt::print(stderr, "cannot read {}\n", path);
+        return 1;
+    }
+    gf_openLog();
+    const replay::Recording rec = replay::gf_replay(*scenario);
+    fmt::print("{} reports ({} bad lines), {} frames\n", scenario->reports.size(), bad,
+               rec.samples.size());
+    fmt::print("{}", replay::gf_figuresText(replay::gf_figures(rec)));
+    for (const auto& [hexid, states] : rec.states) {
+        std::string line;
+        for (const auto& s : states) line += (line.empty() ? "" : " > ") + s;
+        const auto removed = rec.removedAt.find(hexid);
+        fmt::print("{:8} {}{}\n", rec.callsigns.at(hexid), line,
+                   removed == rec.removedAt.end()
+                       ? std::string()
+                       : fmt::format(" (removed at {:.1f} s)",
+                                     (removed->second - replay::Setup{}.startTick) / 100.0));
+    }
+    if (argc > 2) {
+        std::ofstream out(argv[2], std::ios::binary);
+        out << replay::gf_recordingText(rec);
+    }
+    gf_closeLog();
+    return 0;
+}
