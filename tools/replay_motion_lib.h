@@ -343,7 +343,7 @@ inline std::string gf_figuresText(const std::vector<Figures>& all) {
         out += fmt::format(
             "{:8} {:10} {:6} {:9.2f} {:9.2f} {:8.2f} {:5.1f}/{:<5.0f} {:6.2f}/{:<6.2f} "
             "{:6.2f}/{:<6.2f} {:8.0f} {:8.0f} {:9.0f} {:9.0f} {:9.0f}\n",
-            f.callsign, gf_categoryName(f.category), f.frames, f.maxJump_m, f.allowedJump_m,
+            f.callsign, gf_categoryWord(f.category), f.frames, f.maxJump_m, f.allowedJump_m,
             f.maxTurnRate_degps, f.maxBank_deg, f.bankLimit_deg, f.maxBankRate_degps,
             f.bankRateLimit_degps, f.maxPitchRate_degps, f.pitchRateLimit_degps, f.maxClimb_fpm,
             f.maxDescent_fpm, f.maxVsJump_fpm, f.maxTrackError_m, f.meanTrackError_m);

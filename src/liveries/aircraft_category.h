@@ -20,8 +20,10 @@ enum class AircraftCategory : std::int32_t {
 inline constexpr std::array<std::string_view, 6> AIRCRAFT_CATEGORY_WORDS = {
     "Light", "Bizjet", "Large", "Heavy", "HighPerf", "Rotorcraft"};
 
+// "?" for a value outside the six, so a damaged record still logs.
 constexpr std::string_view gf_categoryWord(AircraftCategory category) {
-    return AIRCRAFT_CATEGORY_WORDS[static_cast<std::size_t>(category)];
+    const auto i = static_cast<std::size_t>(category);
+    return i < AIRCRAFT_CATEGORY_WORDS.size() ? AIRCRAFT_CATEGORY_WORDS[i] : "?";
 }
 
 }  // namespace tfx

@@ -106,6 +106,13 @@ double lf_percentOf(DWORD value) {
     return static_cast<double>(static_cast<std::int32_t>(value)) * 100.0 / 16383.0;
 }
 
+// The light mask bit of each light event, NavLights to CabinLights in order.
+std::uint32_t lf_lightBit(EventEffect effect) {
+    constexpr std::uint32_t LIGHT_BITS[] = {kNav, kBeacon, kLanding, kTaxi, kStrobe, kLogo, kCabin};
+    return LIGHT_BITS[static_cast<std::size_t>(effect) -
+                      static_cast<std::size_t>(EventEffect::NavLights)];
+}
+
 void lf_setLight(SimObject& o, std::uint32_t bit, DWORD value) {
     o.lightsMask = value != 0 ? (o.lightsMask | bit) : (o.lightsMask & ~bit);
 }
@@ -115,25 +122,13 @@ void lf_applyEvent(SimObject& o, EventEffect effect, DWORD value) {
         case EventEffect::None:
             break;
         case EventEffect::NavLights:
-            lf_setLight(o, kNav, value);
-            break;
         case EventEffect::BeaconLights:
-            lf_setLight(o, kBeacon, value);
-            break;
         case EventEffect::LandingLights:
-            lf_setLight(o, kLanding, value);
-            break;
         case EventEffect::TaxiLights:
-            lf_setLight(o, kTaxi, value);
-            break;
         case EventEffect::Strobes:
-            lf_setLight(o, kStrobe, value);
-            break;
         case EventEffect::LogoLights:
-            lf_setLight(o, kLogo, value);
-            break;
         case EventEffect::CabinLights:
-            lf_setLight(o, kCabin, value);
+            lf_setLight(o, lf_lightBit(effect), value);
             break;
         case EventEffect::AllLightsToggle:
             o.lightsMask = o.lightsMask != 0 ? 0 : kAllLights;

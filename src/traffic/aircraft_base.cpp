@@ -87,11 +87,6 @@ std::string_view gf_simStateName(SimState state) {
     return i < SIM_STATE_WORDS.size() ? SIM_STATE_WORDS[i] : "?";
 }
 
-std::string_view gf_categoryName(AircraftCategory category) {
-    const auto i = static_cast<std::size_t>(category);
-    return i < AIRCRAFT_CATEGORY_WORDS.size() ? AIRCRAFT_CATEGORY_WORDS[i] : "?";
-}
-
 bool gf_categoryEnabled(AircraftCategory category) {
     const auto i = static_cast<std::size_t>(category);
     if (i >= CATEGORY_TABLE.size()) return false;

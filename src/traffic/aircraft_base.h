@@ -20,7 +20,6 @@ void gf_setFlightState(LiveAircraft& ac, FlightState state);
 
 std::string_view gf_flightStateName(FlightState state);
 std::string_view gf_simStateName(SimState state);
-std::string_view gf_categoryName(AircraftCategory category);
 // Whether the options let this category be shown.
 bool gf_categoryEnabled(AircraftCategory category);
 

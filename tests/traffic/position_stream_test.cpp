@@ -128,7 +128,7 @@ TEST_F(PositionStreamTest, TheLandingBandIsWiderForAirlinersThanForLightAircraft
         lf_lowConfiguration(ac);
         EXPECT_EQ(ac.flightState,
                   category == AircraftCategory::Light ? FlightState::flying : FlightState::landing)
-            << gf_categoryName(category);
+            << gf_categoryWord(category);
     }
 }
 
