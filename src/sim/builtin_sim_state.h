@@ -29,7 +29,9 @@ struct BuiltinSimConfig {
     std::size_t max_recorded_positions = 1'000'000;  // 0: no recording
     std::size_t max_queued_bytes = 16u << 20;  // per connection; more is dropped (logged once)
     DWORD user_object_id = 1;
-    DWORD first_ai_object_id = 2;
+    // Well above the few small ids the simulator keeps for itself, which the
+    // engine ignores in its reports.
+    DWORD first_ai_object_id = 1000;
 };
 
 namespace bsim {
@@ -177,7 +179,7 @@ struct SimWorld {
     std::map<std::uintptr_t, Connection> connections;
     std::uintptr_t nextConnection = 1;
     std::map<DWORD, SimObject> objects;  // the user aircraft included
-    DWORD nextObjectId = 2;
+    DWORD nextObjectId = 1000;
     std::vector<PendingCreate> creates;
     PositionRecorder recorder;
 };
