@@ -83,7 +83,6 @@ void lf_closeSession(ExitReason reason, std::int32_t seconds) {
         }
         lf_removeFlightPlanFolder();
         lf_clearAndSave(params.DESTINATION);
-        gf_stopTraffic();
 
         if (gf_reasonRestarts(reason)) {
             restartPending = 1;

@@ -163,6 +163,19 @@ void lf_applyEvent(SimObject& o, EventEffect effect, DWORD value) {
     }
 }
 
+// The AI object an operation names; the user aircraft and unknown ids are
+// refused with an exception record naming the object argument.
+SimObject* lf_aiObjectOrRefuse(bsim::SimWorld& world, bsim::Connection& c,
+                               SIMCONNECT_OBJECT_ID objectId) {
+    SimObject* o = bsim::gf_findObject(world, objectId);
+    if (o != nullptr && !o->isUser) return o;
+    bsim::gf_queueException(world, c,
+                            o == nullptr ? SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID
+                                         : SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE,
+                            2);
+    return nullptr;
+}
+
 std::filesystem::path lf_utf8Path(const char* text) {
     const std::u8string_view view(reinterpret_cast<const char8_t*>(text));
     return std::filesystem::path(view);
@@ -251,15 +264,8 @@ HRESULT BuiltinSim::SimConnect_AIReleaseControl(HANDLE hSimConnect, SIMCONNECT_O
     std::lock_guard lock(mutex_);
     Connection* c = sending(hSimConnect);
     if (c == nullptr) return E_FAIL;
-    SimObject* o = bsim::gf_findObject(world_, ObjectID);
-    if (o == nullptr || o->isUser) {
-        bsim::gf_queueException(world_, *c,
-                                o == nullptr
-                                    ? SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID
-                                    : SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE,
-                                2);
-        return S_OK;
-    }
+    SimObject* o = lf_aiObjectOrRefuse(world_, *c, ObjectID);
+    if (o == nullptr) return S_OK;
     o->released = true;
     return S_OK;
 }
@@ -269,15 +275,8 @@ HRESULT BuiltinSim::SimConnect_AIRemoveObject(HANDLE hSimConnect, SIMCONNECT_OBJ
     std::lock_guard lock(mutex_);
     Connection* c = sending(hSimConnect);
     if (c == nullptr) return E_FAIL;
-    const SimObject* o = bsim::gf_findObject(world_, ObjectID);
-    if (o == nullptr || o->isUser) {
-        bsim::gf_queueException(world_, *c,
-                                o == nullptr
-                                    ? SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID
-                                    : SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE,
-                                2);
-        return S_OK;
-    }
+    SimObject* o = lf_aiObjectOrRefuse(world_, *c, ObjectID);
+    if (o == nullptr) return S_OK;
     bsim::gf_removeObject(world_, ObjectID);
     return S_OK;
 }
@@ -290,15 +289,8 @@ HRESULT BuiltinSim::SimConnect_AISetAircraftFlightPlan(HANDLE hSimConnect,
     std::lock_guard lock(mutex_);
     Connection* c = sending(hSimConnect);
     if (c == nullptr) return E_FAIL;
-    SimObject* o = bsim::gf_findObject(world_, ObjectID);
-    if (o == nullptr || o->isUser) {
-        bsim::gf_queueException(world_, *c,
-                                o == nullptr
-                                    ? SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID
-                                    : SIMCONNECT_EXCEPTION_OPERATION_INVALID_FOR_OBJECT_TYPE,
-                                2);
-        return S_OK;
-    }
+    SimObject* o = lf_aiObjectOrRefuse(world_, *c, ObjectID);
+    if (o == nullptr) return S_OK;
     // The simulator takes the path with or without its ".pln".
     std::filesystem::path path = lf_utf8Path(szFlightPlanPath);
     std::error_code ec;
