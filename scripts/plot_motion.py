@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""Draws a motion recording of tools/replay_motion as PNG plots with gnuplot.
+"""Draws a motion recording as PNG plots with gnuplot: one of
+tools/replay_motion, or the built-in simulator's recording of a run
+(zept --record FILE; scripts/run.sh writes run/motion.csv).
 
-Usage: scripts/plot_motion.py RECORDING.csv OUTDIR [CALLSIGN ...]
+Usage: scripts/plot_motion.py RECORDING.csv OUTDIR [CALLSIGN|object_ID ...]
 
 For each aircraft (or only the callsigns given) three plots go to OUTDIR:
 <callsign>_track.png (ground track, east and north in NM from the first
 frame), <callsign>_alt.png and <callsign>_speed.png (altitude and true
 airspeed over time in seconds). The reported points, at the time the engine
-means to be there, are marked on all three.
+means to be there, are marked on all three (the simulator's recording has no
+reports and names each aircraft by its object id).
 Needs gnuplot (Debian package gnuplot-nox); only the standard library otherwise.
 """
 import math
@@ -21,9 +24,31 @@ TICKS_PER_SECOND = 100.0
 NM_PER_DEG_LAT = 60.0
 
 
+SIM_HEADER = "time_ms,object_id,"
+
+
+def read_sim_recording(f):
+    """The simulator's positions as frames of the replay's shape."""
+    frames = {}
+    for line in f:
+        fields = line.rstrip("\n").split(",")
+        if len(fields) < 11:
+            continue
+        name = f"object_{fields[1]}"
+        tick = str(int(fields[0]) // 10)  # milliseconds to hundredths
+        frame = ["F", tick, fields[1], name, fields[2], fields[3], fields[4],
+                 "", "", "", "", fields[9], ""]
+        frames.setdefault(name, []).append(frame)
+    return frames, {}
+
+
 def read_recording(path):
     frames, reports = {}, {}
     with open(path, encoding="utf-8") as f:
+        first = f.readline()
+        if first.startswith(SIM_HEADER):
+            return read_sim_recording(f)
+        f.seek(0)
         for line in f:
             if line.startswith("#") or not line.strip():
                 continue

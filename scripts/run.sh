@@ -1,15 +1,44 @@
 #!/usr/bin/env bash
-# Builds ZEPT and runs it from a prepared program folder (./run).
-# Installs what is missing first (scripts/setup.sh).
+# Builds ZEPT and runs its main job from a prepared program folder (./run):
+# the built-in simulator (the user aircraft at Oxford Kidlington) with the
+# stand-in RealTraffic application replaying the bundled traffic scenario on
+# loopback. Installs what is missing first (scripts/setup.sh).
+#
+#   scripts/run.sh [--no-standin] [ZEPT WORDS ...]
+#
+# ZEPT's words (see README): --duration S, --status S, --record FILE,
+# --rt-app, --production. By default the run takes the road "RT App" for this
+# run only and records every position the simulator is sent to run/motion.csv.
+# --no-standin starts no stand-in and passes only the given words, so that
+# the stored choices hold, as with the real services.
 # The data folder (parameters.xml) is $ZEPT_DATA_DIR if set, else
 # $XDG_CONFIG_HOME/ZEPT, else ~/.config/ZEPT.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+standin=1
+if [[ "${1:-}" == "--no-standin" ]]; then
+  standin=0
+  shift
+fi
 scripts/setup.sh
 cmake --preset default >/dev/null
-cmake --build --preset default --target zept zept_bundled_data
-mkdir -p run/docs run/input
-cp build/default/zept run/zept
-cp build/default/input/dbase.enc run/input/dbase.enc
+cmake --build --preset default --target zept rt_app_standin zept_bundled_data
+scripts/program_folder.sh build/default run
+
+words=("$@")
+standin_pid=""
+if [[ $standin == 1 ]]; then
+  build/default/rt_app_standin --scenario data/rt_scenario_egtk.csv >run/standin.txt 2>&1 &
+  standin_pid=$!
+  trap '[[ -n "$standin_pid" ]] && kill "$standin_pid" 2>/dev/null; wait 2>/dev/null || true' EXIT
+  words=(--rt-app --record motion.csv "$@")
+  echo "run: the stand-in RealTraffic application replays data/rt_scenario_egtk.csv (run/standin.txt)"
+fi
 cd run
-exec ./zept "$@"
+status=0
+./zept "${words[@]}" || status=$?
+if [[ $standin == 1 && -f motion.csv ]]; then
+  echo "run: positions recorded in run/motion.csv;" \
+       "draw them with: scripts/plot_motion.py run/motion.csv run/plots"
+fi
+exit $status

@@ -10,6 +10,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libpugixml-dev libsodium-dev libcurl4-openssl-dev nlohmann-json3-dev
   libfmt-dev libzip-dev libgtest-dev libgmock-dev libbenchmark-dev
+  python3  # the end-to-end checks and the demo scenario scripts
 )
 for option in "$@"; do
   case "$option" in

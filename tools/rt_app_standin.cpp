@@ -2,8 +2,11 @@
 // running ZEPT on the road "RT App" without the real application.
 //
 //   rt_app_standin [--scenario FILE] [--tcp-port N] [--traffic-port N]
-//                  [--weather-port N] [--cycle-ms N] [--qnh HPA] [--once]
-//                  [--no-loop] [--vanish] [--verbose]
+//                  [--weather-port N] [--cycle-ms N] [--qnh HPA] [--start S]
+//                  [--once] [--no-loop] [--vanish] [--verbose]
+//
+// --start: the scenario's second at the connection (history lies before it).
+// A looped scenario flies each round under other transponder codes.
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -25,8 +28,8 @@ int lf_usage() {
     fmt::print(stderr,
                "usage: rt_app_standin [--scenario FILE] [--tcp-port N] [--traffic-port N] "
                "[--weather-port N]\n"
-               "                      [--cycle-ms N] [--qnh HPA] [--once] [--no-loop] [--vanish] "
-               "[--verbose]\n");
+               "                      [--cycle-ms N] [--qnh HPA] [--start S] [--once] [--no-loop] "
+               "[--vanish] [--verbose]\n");
     return 2;
 }
 
@@ -50,6 +53,8 @@ int main(int argc, char** argv) {
             app.config.cycle_ms = std::max(50, std::atoi(argv[++i]));
         else if (arg == "--qnh" && hasValue)
             app.config.qnh_hPa = std::atof(argv[++i]);
+        else if (arg == "--start" && hasValue)
+            app.config.startOffset_s = std::max(0.0, std::atof(argv[++i]));
         else if (arg == "--once")
             app.config.reconnect = false;
         else if (arg == "--no-loop")

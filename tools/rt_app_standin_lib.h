@@ -86,7 +86,14 @@ inline void lf_send(Session& s, std::uint16_t port, const std::string& line) {
     if (s.app.config.verbose) fmt::print("udp {} {}\n", port, line);
 }
 
-// Every report with a (looped) offset in (from, to], in order.
+// Each round of a looped scenario flies under other transponder codes, so
+// that the program sees new aircraft and the last round's ones fall silent.
+inline constexpr std::uint32_t ROUND_HEXID_BITS = 0xF00000;
+inline std::uint32_t gf_roundHexid(std::uint32_t hexid, long round) {
+    return hexid ^ ((static_cast<std::uint32_t>(round) << 20) & ROUND_HEXID_BITS);
+}
+
+// Every report with a (looped) offset in (from, to], in order, with its round.
 template <typename Fn>
 void lf_reportsIn(const Session& s, double from, double to, Fn fn) {
     const auto& reports = s.app.scene.reports;
@@ -98,16 +105,16 @@ void lf_reportsIn(const Session& s, double from, double to, Fn fn) {
     for (long n = std::max(first, 0L); n <= last; ++n) {
         for (const auto& r : reports) {
             const double at = r.offset_s + n * length;
-            if (at > from && at <= to) fn(r, at);
+            if (at > from && at <= to) fn(r, at, n);
         }
     }
 }
 
-inline std::string gf_trafficLine(std::string_view kind, const scenario::Report& r,
-                                  double epoch_s) {
+inline std::string gf_trafficLine(std::string_view kind, const scenario::Report& r, double epoch_s,
+                                  long round = 0) {
     std::array<std::string, 44> f;
     f[0] = kind;
-    f[1] = fmt::format("{}", r.hexid);
+    f[1] = fmt::format("{}", gf_roundHexid(r.hexid, round));
     f[2] = fmt::format("{:.6f}", r.lat);
     f[3] = fmt::format("{:.6f}", r.lon);
     f[4] = fmt::format("{:.0f}", r.alt_ft);
@@ -153,11 +160,12 @@ inline void lf_sendHistory(Session& s) {
     // seconds ago, so that history and live traffic join without a gap.
     for (int k = 0; k < HISTORY_PIECES; ++k) {
         const double to = now - 27 + HISTORY_PIECE_S * k;
-        lf_reportsIn(s, to - HISTORY_PIECE_S, to, [&](const scenario::Report& r, double at) {
-            if (!s.box || s.box->contains(r.lat, r.lon))
-                lf_send(s, s.app.config.trafficPort,
-                        gf_trafficLine("RTBUF", r, s.epochBase_s + at));
-        });
+        lf_reportsIn(s, to - HISTORY_PIECE_S, to,
+                     [&](const scenario::Report& r, double at, long round) {
+                         if (!s.box || s.box->contains(r.lat, r.lon))
+                             lf_send(s, s.app.config.trafficPort,
+                                     gf_trafficLine("RTBUF", r, s.epochBase_s + at, round));
+                     });
         lf_send(s, s.app.config.trafficPort, "RTBUF_SEP");
     }
     lf_send(s, s.app.config.trafficPort, "RTBUF_EOT");
@@ -174,9 +182,10 @@ inline void lf_sendParked(Session& s, const Box& box) {
 
 inline void lf_sendLive(Session& s) {
     const double now = lf_sceneNow(s);
-    lf_reportsIn(s, s.liveSent_s, now, [&](const scenario::Report& r, double at) {
+    lf_reportsIn(s, s.liveSent_s, now, [&](const scenario::Report& r, double at, long round) {
         if (!s.box || s.box->contains(r.lat, r.lon))
-            lf_send(s, s.app.config.trafficPort, gf_trafficLine("RTTFC", r, s.epochBase_s + at));
+            lf_send(s, s.app.config.trafficPort,
+                    gf_trafficLine("RTTFC", r, s.epochBase_s + at, round));
     });
     lf_send(s, s.app.config.trafficPort, "RTTFC_EOT");
     s.liveSent_s = now;

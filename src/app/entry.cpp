@@ -1,11 +1,11 @@
 // The process entry and the loop that plays the GUI thread's part: it starts
 // each session's main thread and ends the process when the last one is done.
-#include <algorithm>
 #include <atomic>
-#include <cctype>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -14,26 +14,18 @@
 #include "app/log.h"
 #include "app/parameters.h"
 #include "app/run_flags.h"
+#include "app/run_words.h"
 #include "app/session.h"
 #include "app/session_internal.h"
 #include "gui/gui.h"
 #include "platform/instance_lock.h"
 #include "platform/stop_signals.h"
+#include "sim/sim_provider.h"
 
 namespace tfx {
 namespace {
 
 std::atomic<int> sessions{0};
-
-bool lf_hasProductionWord(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        std::string word = argv[i];
-        std::transform(word.begin(), word.end(), word.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (word == "--production") return true;
-    }
-    return false;
-}
 
 void lf_startSession(std::thread& mainThread) {
     try {
@@ -52,6 +44,15 @@ void lf_startSession(std::thread& mainThread) {
 void lf_onStopSignal(int) {
     gf_logLine(fmt::format("{} stop requested from the console, closing {} ...", gf_nowText(),
                            PROGRAM_NAME));
+    gf_requestExit(ExitReason::UserClosedSim, 1);
+}
+
+// A run with a set duration ends as if the user closed it.
+void lf_checkDuration(std::chrono::steady_clock::time_point deadline) {
+    if (runWords.duration_s <= 0 || std::chrono::steady_clock::now() < deadline) return;
+    if (userClosing.load() != 0) return;
+    gf_logLine(fmt::format("{} the run time of {} s is over, closing {} ...", gf_nowText(),
+                           runWords.duration_s, PROGRAM_NAME));
     gf_requestExit(ExitReason::UserClosedSim, 1);
 }
 
@@ -84,8 +85,15 @@ int gf_programEntry(int argc, char** argv) {
         std::fprintf(stderr, "%s\n", e.what());
         return 0;
     }
-    commandLineJob = lf_hasProductionWord(argc, argv) ? 1 : 0;
+    std::vector<std::string> problems;
+    runWords = gf_readRunWords(argc, argv, problems);
+    for (const auto& problem : problems) std::fprintf(stderr, "%s\n", problem.c_str());
+    if (!problems.empty()) std::fprintf(stderr, "words:\n%s", gf_runWordsUsage().c_str());
+    commandLineJob = runWords.production ? 1 : 0;
     processExitCode = 0;
+    gf_setSimRecording(runWords.recording);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::seconds(runWords.duration_s);
     pf_startStopSignalWatcher(lf_onStopSignal);
 
     std::thread mainThread;
@@ -93,6 +101,7 @@ int gf_programEntry(int argc, char** argv) {
     bool quit = false;
     while (!quit) {
         const auto message = gf_waitAppMessage(100);
+        lf_checkDuration(deadline);
         if (!message) continue;
         switch (*message) {
             case AppMessage::MSG_START:
@@ -112,6 +121,7 @@ int gf_programEntry(int argc, char** argv) {
         }
     }
     pf_stopStopSignalWatcher();
+    gf_endSimProvider();
     gf_closeLog();
     pf_releaseInstanceLock(lock);
     return processExitCode.load();

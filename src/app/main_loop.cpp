@@ -1,16 +1,21 @@
 // The main loop: the traffic tick on the 10 ms grid, the once-a-second work
 // paced by the simulator's beat, and the handling of a paused flight.
+#include <chrono>
+
 #include <fmt/format.h>
 
 #include "app/exit_request.h"
 #include "app/log.h"
 #include "app/run_flags.h"
 #include "app/run_state.h"
+#include "app/run_words.h"
 #include "app/session_internal.h"
+#include "app/status_line.h"
 #include "app/tick_grid.h"
 #include "feeds/rt_api/query_box.h"
-#include "feeds/rt_app/rt_app_position.h"
+#include "feeds/rtapp/rt_app_position.h"
 #include "gui/gui.h"
+#include "platform/timer_resolution.h"
 #include "sim/sim_queues.h"
 #include "traffic/traffic.h"
 
@@ -47,6 +52,7 @@ void lf_everySecond() {
         trafficOpen = 1;
     }
     gf_trafficEverySecond();
+    gf_statusLineEverySecond(runWords.status_s);
     Gui::enqueueUpdate({GuiKind::StatusTimeout, std::monostate{}});
 }
 
@@ -56,7 +62,11 @@ bool lf_tick() {
         return gf_keepRunning();
     }
     gf_applyParkedNavLights();
+    const auto start = std::chrono::steady_clock::now();
     gf_trafficTick();
+    gf_noteTickTime(
+        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+            .count());
     if (secondBeat.exchange(0) == 0) return true;
     lf_everySecond();
     if (!gf_keepRunning()) return false;
@@ -67,6 +77,8 @@ bool lf_tick() {
 }  // namespace
 
 void lf_mainLoop() {
+    // The 10 ms grid needs a 1 ms system timer on Windows.
+    MillisecondTimerScope fineTimer;
     secondsCounter = 0;
     trafficOpen = 1;
     SteadyLoopClock clock;

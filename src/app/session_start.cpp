@@ -15,6 +15,7 @@
 #include "app/parameters.h"
 #include "app/run_flags.h"
 #include "app/run_state.h"
+#include "app/run_words.h"
 #include "app/session_internal.h"
 #include "app/update_check.h"
 #include "app/user_exception.h"
@@ -133,6 +134,11 @@ bool lf_createFlightPlanFolder() {
 
 bool lf_init() {
     gf_checkRadiusParameters();
+    if (runWords.rtApp && params.RT_CHOISE.current != "RT App") {
+        // For this run only: the stored choice is not written.
+        params.RT_CHOISE.current = "RT App";
+        gf_logLine("RT_CHOISE=\"RT App\" for this run (--rt-app)");
+    }
     lf_publishRunChoice();
     gf_buildOptions();
 

@@ -125,7 +125,9 @@ DecodeResult gf_decodeTraffic(const TrafficRecord& r, const DecodeContext& ctx) 
     // 7. Static aircraft own the low numbers.
     if (r.hexid < 10001) return result;
 
-    // 8. Altitude.
+    // 8. Place, speed and altitude.
+    m.point.lat = r.lat;
+    m.point.lon = r.lon;
     m.point.speed = r.gs;
     m.point.alt = r.altitude;
     gf_correctAltitude(m.point, ctx.fieldAltitude, ctx.qnh, ctx.rtDirect, ctx.userAltOffset_ft);

@@ -88,6 +88,12 @@ public:
     std::vector<RecordedPosition> recordedPositions() const;
     std::vector<RecordedPosition> recordedPositions(std::uint32_t objectId) const;
     bool writeRecordingCsv(const std::filesystem::path& path) const;
+    // From now on every position also goes to this CSV file, which takes its
+    // name when the recording ends (or the simulator goes); keeping positions
+    // in memory can be switched off for long runs (limit 0).
+    bool startRecordingFile(const std::filesystem::path& path);
+    bool endRecordingFile();
+    void setRecordingLimit(std::size_t positions);
     std::uint32_t eventCount(std::uint32_t objectId, std::string_view simEvent) const;
     std::optional<SimObjectView> object(std::uint32_t objectId) const;  // 0: the user
     std::vector<std::uint32_t> aiObjectIds() const;

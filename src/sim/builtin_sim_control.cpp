@@ -48,6 +48,7 @@ BuiltinSim::BuiltinSim(BuiltinSimConfig config) {
 
 BuiltinSim::~BuiltinSim() {
     stopThread();
+    bsim::gf_closeRecordingFile(world_.recorder);
     if (gf_simConnectApi() == this) gf_setSimConnectApi(nullptr);
 }
 
@@ -245,6 +246,21 @@ std::vector<RecordedPosition> BuiltinSim::recordedPositions(std::uint32_t object
 bool BuiltinSim::writeRecordingCsv(const std::filesystem::path& path) const {
     std::lock_guard lock(mutex_);
     return gf_writePositionsCsv(world_.recorder.positions, path);
+}
+
+bool BuiltinSim::startRecordingFile(const std::filesystem::path& path) {
+    std::lock_guard lock(mutex_);
+    return bsim::gf_openRecordingFile(world_.recorder, path);
+}
+
+bool BuiltinSim::endRecordingFile() {
+    std::lock_guard lock(mutex_);
+    return bsim::gf_closeRecordingFile(world_.recorder);
+}
+
+void BuiltinSim::setRecordingLimit(std::size_t positions) {
+    std::lock_guard lock(mutex_);
+    world_.recorder.limit = positions;
 }
 
 std::uint32_t BuiltinSim::eventCount(std::uint32_t objectId, std::string_view simEvent) const {

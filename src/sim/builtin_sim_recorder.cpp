@@ -6,13 +6,59 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "platform/file_replace.h"
 
 namespace tfx {
 
+namespace {
+
+constexpr const char* CSV_HEADER =
+    "time_ms,object_id,lat_deg,lon_deg,alt_ft,pitch_deg,bank_deg,heading_deg,vs_fpm,tas_kt,"
+    "released\n";
+
+std::string lf_csvLine(const RecordedPosition& p) {
+    return fmt::format("{},{},{:.7f},{:.7f},{:.2f},{:.3f},{:.3f},{:.3f},{:.1f},{:.1f},{}\n",
+                       p.time_ms, p.object_id, p.lat_deg, p.lon_deg, p.alt_ft, p.pitch_deg,
+                       p.bank_deg, p.heading_deg, p.vs_fpm, p.tas_kt, p.released ? 1 : 0);
+}
+
+}  // namespace
+
 namespace bsim {
 
+bool gf_openRecordingFile(PositionRecorder& recorder, const std::filesystem::path& path) {
+    gf_closeRecordingFile(recorder);
+    const std::filesystem::path working = pf_temporaryNameFor(path);
+    recorder.csv = std::fopen(working.c_str(), "wb");
+    if (recorder.csv == nullptr) {
+        gf_logError(fmt::format("Cannot write the recorded positions to {}", path.string()));
+        return false;
+    }
+    recorder.csvPath = path;
+    std::fputs(CSV_HEADER, recorder.csv);
+    return true;
+}
+
+bool gf_closeRecordingFile(PositionRecorder& recorder) {
+    if (recorder.csv == nullptr) return true;
+    const bool written = std::ferror(recorder.csv) == 0;
+    const bool closed = std::fclose(recorder.csv) == 0;
+    recorder.csv = nullptr;
+    const std::filesystem::path working = pf_temporaryNameFor(recorder.csvPath);
+    std::error_code ec;
+    if (!written || !closed || !pf_replaceFile(working, recorder.csvPath, ec)) {
+        gf_logError(fmt::format("Writing the recorded positions to {} failed{}",
+                                recorder.csvPath.string(), ec ? ": " + ec.message() : ""));
+        std::filesystem::remove(working, ec);
+        return false;
+    }
+    gf_logLine(fmt::format("Recorded positions written to {}", recorder.csvPath.string()));
+    return true;
+}
+
 void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& position) {
-    if (recorder.limit == 0) return;  // recording is off
+    if (recorder.csv != nullptr) std::fputs(lf_csvLine(position).c_str(), recorder.csv);
+    if (recorder.limit == 0) return;  // keeping them in memory is off
     if (recorder.positions.size() >= recorder.limit) {
         if (!recorder.overflowLogged) {
             gf_logError(fmt::format("Built-in simulator: {} positions recorded, recording stops",
@@ -51,13 +97,8 @@ bool gf_writePositionsCsv(const std::vector<RecordedPosition>& positions,
         gf_logError(fmt::format("Cannot write the recorded positions to {}", path.string()));
         return false;
     }
-    out << "time_ms,object_id,lat_deg,lon_deg,alt_ft,pitch_deg,bank_deg,heading_deg,vs_fpm,"
-           "tas_kt,released\n";
-    for (const RecordedPosition& p : positions) {
-        out << fmt::format("{},{},{:.7f},{:.7f},{:.2f},{:.3f},{:.3f},{:.3f},{:.1f},{:.1f},{}\n",
-                           p.time_ms, p.object_id, p.lat_deg, p.lon_deg, p.alt_ft, p.pitch_deg,
-                           p.bank_deg, p.heading_deg, p.vs_fpm, p.tas_kt, p.released ? 1 : 0);
-    }
+    out << CSV_HEADER;
+    for (const RecordedPosition& p : positions) out << lf_csvLine(p);
     out.flush();
     if (!out) {
         gf_logError(fmt::format("Writing the recorded positions to {} failed", path.string()));

@@ -1,10 +1,12 @@
 // What the built-in simulator was told: every position set on an object,
 // with the simulator's time, and the client events each object received.
-// Tests and plots check motion against it.
+// Tests and plots check motion against it. The positions are kept in memory
+// (up to a limit) and, for long runs, can go straight to a CSV file instead.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -26,6 +28,10 @@ struct PositionRecorder {
     std::vector<RecordedPosition> positions;
     std::size_t limit = 1'000'000;  // further positions are dropped (logged once); 0: off
     bool overflowLogged = false;
+    // While open, every position is also a line of this file; it is written
+    // under a working name and takes its real name when closed.
+    std::FILE* csv = nullptr;
+    std::filesystem::path csvPath;
     // object -> simulator event name -> count
     std::map<std::uint32_t, std::map<std::string, std::uint32_t, std::less<>>> eventCounts;
 };
@@ -33,6 +39,10 @@ struct PositionRecorder {
 namespace bsim {
 void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& position);
 void gf_countEvent(PositionRecorder& recorder, std::uint32_t objectId, std::string_view event);
+// false (logged) when the file can't be made; a file already open is closed first.
+bool gf_openRecordingFile(PositionRecorder& recorder, const std::filesystem::path& path);
+// Closes the file and gives it its name; false (logged) when that fails.
+bool gf_closeRecordingFile(PositionRecorder& recorder);
 }  // namespace bsim
 
 // Positions of one object, oldest first.

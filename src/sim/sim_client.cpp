@@ -7,6 +7,7 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -18,8 +19,10 @@
 #include "app/run_state.h"
 #include "app/user_exception.h"
 #include "gui/gui.h"
+#include "platform/timer_resolution.h"
 #include "sim/sim_client_internal.h"
 #include "sim/sim_provider.h"
+#include "sim/sim_queues.h"
 
 namespace tfx {
 
@@ -86,6 +89,8 @@ void lf_dispatchLoop(const std::stop_token& stop, HANDLE handle, DispatchContext
 }
 
 void lf_run(const std::stop_token& stop) {
+    // Held from the first connection until the thread leaves for good.
+    std::optional<MillisecondTimerScope> fineTimer;
     bool waiting = false;
     bool pinnedLogged = false;
     while (!lf_mustEnd(stop)) {
@@ -111,6 +116,7 @@ void lf_run(const std::stop_token& stop) {
             lf_pause(stop, RETRY_PAUSE);
             continue;
         }
+        if (!fineTimer) fineTimer.emplace();
 
         DispatchContext context;
         lf_dispatchLoop(stop, handle, context);
@@ -161,6 +167,8 @@ void gf_simClientThread(std::stop_token stop) {
                 gf_logError(e.what());
             }
             SimRunState = 0;
+            // Nobody flushes commands any more: further ones are dropped.
+            gf_tearDownSimBuffers();
             lf_closeConnection(l_hsimconnect.exchange(nullptr), false);
             if (ownProvider) gf_releaseSimProvider();
         }

@@ -16,8 +16,9 @@ namespace {
 
 std::mutex providerLock;
 std::unique_ptr<BuiltinSim> builtinSim;
+std::filesystem::path recordingFile;
 
-// Parked at Oxford Kidlington, with the titles the demo traffic asks for.
+// Parked at Oxford Kidlington.
 Scenario lf_defaultScenario() {
     Scenario s;
     s.default_ground_ft = 270;
@@ -40,6 +41,8 @@ bool gf_selectSimProvider() {
     if (gf_simConnectApi() != nullptr) return false;
     if (!builtinSim) {
         builtinSim = std::make_unique<BuiltinSim>();
+        builtinSim->setRecordingLimit(0);
+        if (!recordingFile.empty()) builtinSim->startRecordingFile(recordingFile);
         const std::filesystem::path path = lf_scenarioPath();
         if (path.empty() || !builtinSim->loadScenario(path)) {
             builtinSim->setScenario(lf_defaultScenario());
@@ -53,6 +56,16 @@ bool gf_selectSimProvider() {
     }
     gf_setSimConnectApi(builtinSim.get());
     return true;
+}
+
+void gf_setSimRecording(const std::filesystem::path& file) {
+    std::lock_guard lock(providerLock);
+    recordingFile = file;
+}
+
+void gf_endSimProvider() {
+    std::lock_guard lock(providerLock);
+    if (builtinSim) builtinSim->endRecordingFile();
 }
 
 void gf_releaseSimProvider() {

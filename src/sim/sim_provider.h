@@ -2,7 +2,13 @@
 // is the built-in simulator; tests install their own provider first.
 #pragma once
 
+#include <filesystem>
+
 namespace tfx {
+
+// Before the first session: the built-in simulator streams every position it
+// is sent to this CSV file (nothing is kept in memory, so long runs stay flat).
+void gf_setSimRecording(const std::filesystem::path& file);
 
 // When no provider is set: installs the built-in simulator, made at the first
 // call from the scenario file named by ZEPT_SIM_SCENARIO, else
@@ -14,5 +20,7 @@ bool gf_selectSimProvider();
 // Takes the built-in simulator out again (the end of the thread that
 // installed it), so that nothing calls it between sessions.
 void gf_releaseSimProvider();
+// At the end of the process: the recording file is closed and named.
+void gf_endSimProvider();
 
 }  // namespace tfx

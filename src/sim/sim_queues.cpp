@@ -15,6 +15,7 @@ constexpr std::size_t SIM_MESSAGES_RESERVE = 256;
 
 std::mutex commandLock;
 SimCommands commands;
+bool tornDown = false;  // under commandLock
 
 std::mutex messageLock;
 std::vector<SimMessage> simMessages;
@@ -60,6 +61,7 @@ bool SimCommands::empty() const {
 
 void gf_sendEvent(std::uint32_t objectid, std::uint32_t event, std::uint32_t value) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.clientEvents.push_back({objectid, event, value});
 }
 
@@ -73,6 +75,7 @@ void gf_stopEngines(std::uint32_t objectid) {
 
 void gf_setLights(std::uint32_t objectid, const Lights& l) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     auto& events = commands.clientEvents;
     events.push_back({objectid, EVENT_NAV_LIGHTS_SET, l.nav ? 1u : 0u});
     events.push_back({objectid, EVENT_BEACON_LIGHTS_SET, l.beacon ? 1u : 0u});
@@ -93,31 +96,37 @@ void gf_setCabinLight(std::uint32_t objectid, bool on) {
 
 void gf_setReverseThrust(std::uint32_t objectid, bool reverse, std::uint8_t fsltlLivery) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.thrusts.push_back({objectid, static_cast<std::uint8_t>(reverse ? 1 : 0), fsltlLivery});
 }
 
 void gf_queueCreate(CreateRequest request) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.creates.push_back(std::move(request));
 }
 
 void gf_queueRemoval(std::uint32_t objectid) {
+    // The positions go in any case: none may follow a removal.
     tickFrame.erase(objectid);
     {
         std::lock_guard lock(frameLock);
         pendingFrame.erase(objectid);
     }
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.removes.push_back(objectid);
 }
 
 void gf_queueFlightPlan(std::uint32_t objectid, std::filesystem::path path) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.flightPlans.push_back({objectid, std::move(path)});
 }
 
 void gf_requestSimData(std::uint32_t kind, std::uint32_t objectid) {
     std::lock_guard lock(commandLock);
+    if (tornDown) return;
     commands.requests.push_back({kind, objectid});
 }
 
@@ -167,6 +176,7 @@ void gf_clearSimBuffers() {
     {
         std::lock_guard lock(commandLock);
         commands.clear();
+        tornDown = false;
     }
     {
         std::lock_guard lock(messageLock);
@@ -178,6 +188,19 @@ void gf_clearSimBuffers() {
     }
     tickFrame.clear();
     sendingFrame.clear();
+}
+
+void gf_tearDownSimBuffers() {
+    // Only the commands: the position maps hold one entry per object at
+    // most, and the tick's own table is not this thread's to touch.
+    std::lock_guard lock(commandLock);
+    tornDown = true;
+    commands.clear();
+}
+
+bool gf_simBuffersTornDown() {
+    std::lock_guard lock(commandLock);
+    return tornDown;
 }
 
 SimCommands gf_peekSimCommands() {

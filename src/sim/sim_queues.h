@@ -51,6 +51,8 @@ struct SimCommands {
 };
 
 // ---- commands: any thread appends ----
+// While the buffers are torn down (no simulator thread is left to take them)
+// every command below is dropped, so that nothing piles up for nobody.
 void gf_sendEvent(std::uint32_t objectid, std::uint32_t event, std::uint32_t value);
 void gf_startEngines(std::uint32_t objectid);
 void gf_stopEngines(std::uint32_t objectid);
@@ -94,8 +96,13 @@ extern FrameTable sendingFrame;
 void gf_clearFrameTables();
 
 // Empties the commands, the reports and the three position maps (a session's
-// start and its restart).
+// start and its restart), and sets the command buffers up for the session's
+// simulator thread.
 void gf_clearSimBuffers();
+// The simulator thread has ended (called as it leaves): the waiting commands
+// are emptied, and new ones are dropped until the next gf_clearSimBuffers.
+void gf_tearDownSimBuffers();
+bool gf_simBuffersTornDown();
 
 // For tests and the benchmark: copies of what waits, taken under the locks.
 SimCommands gf_peekSimCommands();

@@ -44,10 +44,15 @@ AircraftBase gf_makeAircraftBase(const TrafficMessage& message) {
     ac.flightB = message.flightB;
     ac.regcode = message.regcode;
     ac.hexid = message.hexid;
+    gf_deriveFromModel(ac);
+    return ac;
+}
+
+void gf_deriveFromModel(AircraftBase& ac) {
     ac.category = gf_categoryOfModel(ac.aimo.model);
     const auto index = static_cast<std::size_t>(ac.category);
     if (index >= CATEGORY_TABLE.size()) {
-        throw std::logic_error(fmt::format("gf_makeAircraftBase: unknown category {}", index));
+        throw std::logic_error(fmt::format("gf_deriveFromModel: unknown category {}", index));
     }
     const CategoryRow& row = CATEGORY_TABLE[index];
 
@@ -66,7 +71,12 @@ AircraftBase gf_makeAircraftBase(const TrafficMessage& message) {
     ac.derotationTicks = row.derotation_ticks;
     ac.rotationTicks = row.rotation_ticks;
     ac.climbPitchTicks = row.climbPitch_ticks;
-    return ac;
+}
+
+void gf_takeAimo(AircraftBase& ac, const Aimo& aimo) {
+    const bool otherModel = aimo.model != ac.aimo.model;
+    ac.aimo = aimo;
+    if (otherModel) gf_deriveFromModel(ac);
 }
 
 void gf_setFlightState(LiveAircraft& ac, FlightState state) {

@@ -11,6 +11,13 @@ namespace tfx {
 // A fresh record from a message: names, route, hexid, and the constants of the
 // model's category. Throws std::logic_error for a category outside the table.
 AircraftBase gf_makeAircraftBase(const TrafficMessage& message);
+// The category and every constant that follows from the model: wing span,
+// clearance, stand search radii and the category's performance values.
+// Throws std::logic_error for a category outside the table.
+void gf_deriveFromModel(AircraftBase& ac);
+// Takes a new key (a registration lookup); when it names another model, the
+// values that follow from the model are derived again.
+void gf_takeAimo(AircraftBase& ac, const Aimo& aimo);
 
 // value plus or minus percent of it, the sign by one random bit.
 double gf_randomSpread(double value, double percent);

@@ -36,6 +36,24 @@ int gf_slotDifference(std::uint64_t later, std::uint64_t earlier);
 // The slot of a UTC time in seconds since the epoch.
 std::uint64_t gf_weekSlotOf(std::int64_t epochSeconds);
 
+// The clock of the week slot. Normally the wall clock; while the traffic is
+// time shifted it is the feed's own time, so that stands are filled as they
+// were at the hour being replayed. The owners of the shift and of the feed
+// set these from their threads; the tick reads them.
+void gf_setTimeShiftMode(bool on);
+bool gf_timeShiftMode();
+// The feed's latest time stamp, taken against the wall clock of its arrival
+// (wallSeconds; the current wall clock when left out), so that the week clock
+// runs on between stamps.
+void gf_setFeedTimeStamp(std::int64_t epochSeconds);
+void gf_setFeedTimeStamp(std::int64_t epochSeconds, std::int64_t wallSeconds);
+void gf_forgetFeedTimeStamp();
+// The week clock at the given wall clock: shifted by the feed's lag while the
+// mode is on and a stamp is known, the wall clock itself otherwise.
+std::int64_t gf_weekClockSeconds(std::int64_t wallSeconds);
+// Wall clock, UTC seconds since the epoch.
+std::int64_t gf_wallClockSeconds();
+
 // Wall clock in 100 ns units, for stand times.
 std::uint64_t gf_wallClock100ns();
 

@@ -65,12 +65,12 @@ bool lf_liveryTest(LiveAircraft& ac, const TrafficMessage& m) {
     const std::string_view title = gf_regcodeLivery(m.regcode);
     if (!title.empty()) {
         if (title == ac.livery) return false;
-        if (const auto aimo = gf_regcodeAimo(m.regcode)) ac.aimo = *aimo;
+        if (const auto aimo = gf_regcodeAimo(m.regcode)) gf_takeAimo(ac, *aimo);
     } else {
         if (m.regcode == ac.regcode) return false;
         const auto aimo = gf_regcodeAimo(m.regcode);
         if (!aimo || lf_sameKey(*aimo, ac.aimo)) return false;
-        ac.aimo = *aimo;
+        gf_takeAimo(ac, *aimo);
     }
     lf_dropLivery(ac);
     return true;
@@ -88,7 +88,7 @@ bool lf_regcodeChanged(LiveAircraft& ac, const TrafficMessage& m) {
             // Only an airline the callsign confirms makes it another aircraft.
             const std::uint16_t airline = gf_callsignAirline(m.callsign);
             if (airline != 0 && (airline == aimo->airline || airline == aimo->operator_)) {
-                ac.aimo = *aimo;
+                gf_takeAimo(ac, *aimo);
                 if (ac.flightState == FlightState::parked) gf_addRealStandOption(ac.sid, ac, 0);
                 lf_dropLivery(ac);
                 changed = true;

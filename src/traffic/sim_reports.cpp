@@ -18,6 +18,7 @@
 #include "traffic/controls.h"
 #include "traffic/ground_motion.h"
 #include "traffic/removal.h"
+#include "traffic/traffic_counters.h"
 #include "traffic/traffic_internal.h"
 #include "traffic/traffic_tables.h"
 
@@ -36,6 +37,7 @@ void lf_liveObjectArrived(const SimMessage& m) {
     LiveAircraft* ac = gf_findLive(m.hexid);
     if (ac == nullptr || m.objectid < LOWEST_OBJECT_ID) return;
     ac->objectid = m.objectid;
+    ++trafficCounters.created;
     if (!ac->stream.empty() && ac->stream.front().inAir == 0) hp_handleGroundTraffic(*ac);
     gf_createFlightPlan(*ac);
     gf_requestSimData(REQUEST_STATIC_DATA, m.objectid);
@@ -69,6 +71,7 @@ void lf_objectRemoved(const SimMessage& m) {
             ac->objectid = 0;
             return;
         }
+        ++trafficCounters.removed;
         lf_cleanupLiveAircraft(*ac);
         lf_eraseLive(*ac);
         return;
@@ -99,6 +102,7 @@ void lf_createFailed(const SimMessage& m) {
         LiveAircraft* ac = gf_findLive(m.hexid);
         if (ac == nullptr) return;
         refused = *ac;
+        ++trafficCounters.createFailed;
         lf_cleanupLiveAircraft(*ac);
         lf_eraseLive(*ac);
     }

@@ -49,9 +49,11 @@ bool lf_inGhostList(std::string_view callsign) {
 }
 
 // Fills the key from the registration, else the airline from the callsign.
+// A registration that names another model brings that model's category,
+// span and performance with it.
 void lf_completeAimo(LiveAircraft& ac) {
     if (ac.aimo.locked != 0) return;
-    if (const auto aimo = gf_regcodeAimo(ac.regcode)) ac.aimo = *aimo;
+    if (const auto aimo = gf_regcodeAimo(ac.regcode)) gf_takeAimo(ac, *aimo);
     if (ac.aimo.airline == 0) {
         const std::uint16_t airline = gf_callsignAirline(ac.callsign);
         ac.aimo.airline = airline != 0 ? airline : gf_privateAirline();
@@ -165,6 +167,12 @@ void lf_spawnGate(LiveAircraft& ac) {
         }
     }
     lf_completeAimo(ac);
+    // The category may have come with the registration, or been switched off
+    // since the first message.
+    if (!gf_categoryEnabled(ac.category)) {
+        ac.eraseNow = 1;
+        return;
+    }
     if (ac.callsign.empty()) {
         if (ac.regcode.empty()) {
             ac.eraseNow = 1;

@@ -11,6 +11,7 @@
 #include "app/run_state.h"
 #include "traffic/clock.h"
 #include "traffic/traffic.h"
+#include "traffic/traffic_counters.h"
 #include "traffic/traffic_internal.h"
 #include "traffic/traffic_tables.h"
 
@@ -46,6 +47,7 @@ void lf_stampBatch(std::vector<TrafficMessage>& batch, std::int32_t now, int del
     std::sort(times.begin(), times.end());
     const std::size_t mid = times.size() / 2;
     const double median = times.size() % 2 == 1 ? times[mid] : (times[mid - 1] + times[mid]) / 2;
+    gf_setFeedTimeStamp(std::llround(median));
     for (auto& m : batch) {
         m.point.time = std::isfinite(m.time)
                            ? lf_clampTick(base + std::round((m.time - median) * 100))
@@ -55,6 +57,7 @@ void lf_stampBatch(std::vector<TrafficMessage>& batch, std::int32_t now, int del
 
 void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool fromRtApp) {
     if (batch.empty()) return;
+    trafficCounters.received += batch.size();
     if (delay_s != LIVE_DELAY_S) {
         // History pieces come while no tick runs: they are taken at once.
         lf_stampBatch(batch, gf_simTick(), delay_s);

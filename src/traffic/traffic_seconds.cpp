@@ -2,14 +2,13 @@
 // 61 seconds by the seconds counter. Paced by the simulator's once-a-second
 // data, so it stops when the simulator stops.
 #include <algorithm>
-#include <chrono>
 
 #include "app/auto_range.h"
 #include "app/log.h"
 #include "app/options.h"
 #include "app/run_state.h"
 #include "feeds/rt_api/query_box.h"
-#include "feeds/rt_app/rt_app_position.h"
+#include "feeds/rtapp/rt_app_position.h"
 #include "gui/gui.h"
 #include "liveries/livery_matching.h"
 #include "parking/airport_context.h"
@@ -75,8 +74,7 @@ void lf_updateWindowCounters() {
 }
 
 void lf_renewWeekSlot() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    weekNow = gf_weekSlotOf(std::chrono::duration_cast<std::chrono::seconds>(now).count());
+    weekNow = gf_weekSlotOf(gf_weekClockSeconds(gf_wallClockSeconds()));
 }
 
 void lf_nextNameLookup() {
@@ -118,6 +116,7 @@ void lf_userPositionToFeed() {
         gf_updateQueryBox();
     } else {
         gf_sendPosition();
+        gf_sendSimTime(gf_simEpochMillis());
     }
 }
 
@@ -185,6 +184,8 @@ void gf_trafficPeriodicWork() {
         if (n % 30 == 0) {
             if (options->AUTO_RANGE) lf_guarded("gf_setAutoRange", gf_setAutoRange);
             gf_removeTCASCoverageAcs();
+            if (!gf_isRTDirect() && rtAppFeedConnected.load())
+                lf_guarded("gf_checkFeedIndicators", gf_checkFeedIndicators);
         }
         if (n % 60 == 0) {
             lf_guarded("gf_parkingIntervalMinute", gf_parkingIntervalMinute);

@@ -35,6 +35,8 @@ void gf_stopTraffic() {
     gf_resetLiveryMemory();
     qnh.store(1013);
     weekNow = 0;
+    // The next session's feed may lag by another shift.
+    gf_forgetFeedTimeStamp();
 }
 
 }  // namespace tfx

@@ -2,7 +2,7 @@
 // reports, every aircraft's step, the create and remove pacing, two feed
 // messages, one create request, and the periodic requests.
 #include "app/run_state.h"
-#include "feeds/rt_app/rt_app_position.h"
+#include "feeds/rtapp/rt_app_position.h"
 #include "parking/parking_applier.h"
 #include "parking/parking_plan.h"
 #include "sim/sim_ids.h"

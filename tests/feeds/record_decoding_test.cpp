@@ -93,6 +93,20 @@ TEST_F(Decoding, TrueHeadingOnlyFromAdsbAndZeroMeansNorth) {
     EXPECT_THROW(decode(r), std::runtime_error);
 }
 
+// The whole point of a message: where the aircraft is, how fast and high.
+TEST_F(Decoding, AMessageCarriesThePlaceSpeedAndTimeOfItsRecord) {
+    const TrafficRecord r = airborne();
+    const auto m = decode(r);
+    ASSERT_TRUE(m);
+    EXPECT_DOUBLE_EQ(m->point.lat, r.lat);
+    EXPECT_DOUBLE_EQ(m->point.lon, r.lon);
+    EXPECT_DOUBLE_EQ(m->point.speed, r.gs);
+    EXPECT_DOUBLE_EQ(m->point.track, r.track);
+    EXPECT_DOUBLE_EQ(m->time, r.timestamp);
+    EXPECT_EQ(m->hexid, r.hexid);
+    EXPECT_EQ(m->point.inAir, 1);
+}
+
 TEST_F(Decoding, MissingTasComesFromTheAltitudeTable) {
     TrafficRecord r = airborne();
     r.TAS = -1;

@@ -191,3 +191,20 @@ TEST_F(RtAppLines, ParkedListIsSwappedInWhole) {
 }
 
 }  // namespace
+
+// A looped scenario must look like new aircraft each round, never like the
+// last round's aircraft jumping back to where they began.
+TEST(StandinRounds, EachRoundFliesUnderOtherTransponderCodes) {
+    std::vector<std::string_view> f;
+    const std::string first = standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320000);
+    const std::string second =
+        standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320240, 1);
+    gf_splitFields(first, f);
+    const TrafficRecord a = gf_readTrafficFields(f);
+    gf_splitFields(second, f);
+    const TrafficRecord b = gf_readTrafficFields(f);
+    EXPECT_EQ(a.hexid, 4199306u);
+    EXPECT_NE(b.hexid, a.hexid);
+    EXPECT_LE(b.hexid, 0xFFFFFFu);  // still a transponder code
+    EXPECT_EQ(standin::gf_roundHexid(4199306, 16), 4199306u);
+}

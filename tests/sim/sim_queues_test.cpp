@@ -114,3 +114,50 @@ TEST(SimQueues, TheFlushTakesEverythingAndHandsEmptyBuffersBack) {
     gf_takeSimMessages(reports);
     EXPECT_TRUE(reports.empty());
 }
+
+TEST(SimQueues, CommandsAfterTheSimulatorThreadEndedAreDroppedUntilTheNextSetUp) {
+    gf_clearSimBuffers();
+    EXPECT_FALSE(gf_simBuffersTornDown());
+    gf_sendEvent(5, EVENT_NAV_LIGHTS_SET, 1);
+    gf_tearDownSimBuffers();
+    EXPECT_TRUE(gf_simBuffersTornDown());
+    EXPECT_TRUE(gf_peekSimCommands().empty()) << "what waited goes with the thread";
+
+    const auto issueEveryCommand = [] {
+        gf_sendEvent(5, EVENT_NAV_LIGHTS_SET, 1);
+        gf_startEngines(5);
+        gf_stopEngines(5);
+        gf_setLights(5, {true, true, true, true, true, true, true});
+        gf_setNavLight(5, true);
+        gf_setCabinLight(5, false);
+        gf_setReverseThrust(5, true, 0);
+        CreateRequest create;
+        create.hexid = 0x400002;
+        gf_queueCreate(create);
+        gf_queueRemoval(6);
+        gf_queueFlightPlan(5, "5.pln");
+        gf_requestSimData(REQUEST_STATIC_DATA, 5);
+    };
+    gf_framePut(6, at(1));
+    gf_publishFrame();
+    issueEveryCommand();
+    EXPECT_TRUE(gf_peekSimCommands().empty());
+    EXPECT_EQ(gf_pendingFrameSize(), 0u) << "a removal still takes the position away";
+    // A flush in between finds nothing to carry out.
+    SimCommands taken;
+    gf_takeSimCommands(taken);
+    EXPECT_TRUE(taken.empty());
+
+    // The next session's set-up opens them again.
+    gf_clearSimBuffers();
+    EXPECT_FALSE(gf_simBuffersTornDown());
+    issueEveryCommand();
+    gf_takeSimCommands(taken);
+    EXPECT_EQ(taken.clientEvents.size(), 12u);
+    EXPECT_EQ(taken.creates.size(), 1u);
+    EXPECT_EQ(taken.removes, std::vector<std::uint32_t>{6});
+    EXPECT_EQ(taken.requests.size(), 1u);
+    EXPECT_EQ(taken.thrusts.size(), 1u);
+    EXPECT_EQ(taken.flightPlans.size(), 1u);
+    gf_clearSimBuffers();
+}

@@ -4,6 +4,8 @@
 
 #include "app/user_exception.h"
 #include "sim/sim_ids.h"
+#include "traffic/aircraft_base.h"
+#include "traffic/units.h"
 #include "traffic_fixture.h"
 
 using namespace tfx;
@@ -195,4 +197,63 @@ TEST_F(TrafficTest, RefusedCreatesEraseTheAircraftAndTheTwentiethEndsTheTraffic)
     }
     EXPECT_TRUE(liveAircraft.empty());
     EXPECT_TRUE(logged("Error 81, There are too many liveries that could not be created!"));
+}
+
+TEST_F(TrafficTest, ARegistrationLearnedInTheBufferBringsItsModelsCategoryAndPerformance) {
+    setOptions([](Options& o) { o.LIGHT_AIRCRAFT = true; });
+    const std::uint16_t c172 = gf_modelIndex("C172");
+    const std::uint16_t b744 = gf_modelIndex("B744");
+    heavyModels.insert(b744);
+    halfWingspan[c172] = 5.5 * NM_PER_METRE;
+    halfWingspan[b744] = 32.2 * NM_PER_METRE;
+    dbaseRecords = {{"G-CIVA", gf_airlineIndex("BAW"), 0, b744, false, true}};
+    // The first report names no registration and a wrong model; the second
+    // brings the registration.
+    for (int i = 0; i < 3; ++i) {
+        TrafficMessage m =
+            airborne(0x4007A1, "BAW9", 1000.0 + 5 * i, 50.0 + 0.01 * i, 5000, "C172");
+        if (i > 0) m.regcode = "G-CIVA";
+        deliver(m, gf_simTick() + 500 * i);
+    }
+    ASSERT_EQ(live(0x4007A1)->category, AircraftCategory::Light);
+    tick();
+    const LiveAircraft* ac = live(0x4007A1);
+    ASSERT_NE(ac, nullptr);
+    ASSERT_EQ(ac->simState, SimState::adding2sim);
+    EXPECT_EQ(ac->aimo.model, b744);
+    EXPECT_EQ(ac->livery, "B744 livery");
+
+    TrafficMessage heavy;
+    heavy.aimo.model = b744;
+    const AircraftBase expected = gf_makeAircraftBase(heavy);
+    EXPECT_EQ(ac->category, AircraftCategory::Heavy);
+    EXPECT_DOUBLE_EQ(ac->halfSpan, expected.halfSpan);
+    EXPECT_DOUBLE_EQ(ac->clearance, expected.halfSpan);
+    EXPECT_DOUBLE_EQ(ac->standSearchNear, expected.standSearchNear);
+    EXPECT_DOUBLE_EQ(ac->turnRateNow, expected.turnRate);
+    EXPECT_DOUBLE_EQ(ac->pushbackSpeed, expected.pushbackSpeed);
+    EXPECT_EQ(ac->flareTicks, expected.flareTicks);
+    // -5 and -12.5 degrees, each spread a little one way or the other.
+    EXPECT_NEAR(ac->rotationPitch, -5 * RAD_PER_DEG, 0.026 * 5 * RAD_PER_DEG);
+    EXPECT_NEAR(ac->climbPitch, -12.5 * RAD_PER_DEG, 0.051 * 12.5 * RAD_PER_DEG);
+}
+
+TEST_F(TrafficTest, ARegistrationOfACategoryThatIsSwitchedOffIsNeverCreated) {
+    setOptions([](Options& o) {
+        o.LIGHT_AIRCRAFT = true;
+        o.HELICOPTERS = false;
+    });
+    const std::uint16_t h60 = gf_modelIndex("H60");
+    rotorcraftModels.insert(h60);
+    dbaseRecords = {{"N60HX", 0, 0, h60, false, true}};
+    for (int i = 0; i < 3; ++i) {
+        TrafficMessage m =
+            airborne(0x4007A2, "N60HX", 1000.0 + 5 * i, 50.0 + 0.01 * i, 3000, "C172");
+        if (i > 0) m.regcode = "N60HX";
+        deliver(m, gf_simTick() + 500 * i);
+    }
+    tick();
+    EXPECT_EQ(live(0x4007A2), nullptr);
+    EXPECT_TRUE(liveCreates.empty());
+    EXPECT_TRUE(spawnStack.empty());
 }

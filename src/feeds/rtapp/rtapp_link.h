@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "feeds/rtapp/rt_app_position.h"
 #include "platform/sockets.h"
 #include "traffic/geometry.h"
 
@@ -47,9 +48,6 @@ struct AppSocket {
 };
 extern AppSocket appSocket;
 
-// The feed is up: the application connected, or no TCP link is used.
-extern std::atomic<bool> rtAppFeedConnected;
-
 inline constexpr std::size_t RT_APP_BUFFER_SIZE = 16384;
 
 // The TCP port in use: the override or PORT_NUMBER.
@@ -72,9 +70,6 @@ void gf_requestParked(const RequestBox& box);
 // Asks for the parked traffic around the park airport, or around the user
 // on the ground; false when neither applies.
 bool gf_requestParkedHere();
-void gf_sendSimTime(std::int64_t epoch_ms);
-// The simulator's UTC time from the user data; 0 when not known.
-std::int64_t gf_simEpochMillis();
 
 // Link log lines; quiet once the session closes.
 void lf_linkLog(std::string_view text);

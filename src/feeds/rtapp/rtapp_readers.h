@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "feeds/rtapp/rt_app_position.h"
+
 namespace tfx {
 
 // Start the weather reader, then the traffic reader; each on its own thread.
@@ -14,11 +16,6 @@ void gf_stopRTAppReaders();
 
 // Datagrams counted by the traffic reader so far; the indicator compares them.
 std::uint32_t gf_trafficDatagrams();
-
-// Every 30 seconds while connected: the traffic indicator shows no data when
-// no datagram came since the last look, the weather indicator when no good
-// weather came in the last 90 seconds.
-void gf_checkFeedIndicators();
 
 // One datagram of the weather port.
 void gf_takeWeatherDatagram(std::string_view text);

@@ -1,0 +1,29 @@
+// The words a user may give on the command line. The Windows program knows
+// only "--production"; the others serve scripted runs and machines without the
+// real simulator or the RealTraffic application.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tfx {
+
+struct RunWords {
+    bool production = false;          // "--production": read the data and end
+    bool rtApp = false;               // "--rt-app": the road "RT App" for this run, not stored
+    std::int32_t duration_s = 0;      // "--duration S": close as the user would after S s
+    std::int32_t status_s = 5;        // "--status S": seconds between status lines, 0 none
+    std::filesystem::path recording;  // "--record FILE": the simulator's positions as CSV
+};
+extern RunWords runWords;
+
+// Words are case-insensitive. Unknown words and bad values are skipped, each
+// with a line in problems.
+RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& problems);
+
+// The usage text, one word per line.
+std::string gf_runWordsUsage();
+
+}  // namespace tfx

@@ -1,0 +1,54 @@
+#include "app/status_line.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "app/log.h"
+#include "app/run_state.h"
+#include "feeds/rtapp/rt_app_position.h"
+#include "feeds/rtapp/rtapp_readers.h"
+#include "traffic/traffic_counters.h"
+
+namespace tfx {
+
+namespace {
+
+TickTiming timing;
+std::int32_t secondsSinceLine = 0;
+
+std::string lf_feedText() {
+    if (gf_isRTDirect()) return "RT Direct";
+    if (!rtAppFeedConnected.load()) return "RT App waiting for the application";
+    return fmt::format("RT App connected ({} datagrams)", gf_trafficDatagrams());
+}
+
+}  // namespace
+
+void gf_noteTickTime(double tick_us) {
+    ++timing.ticks;
+    timing.total_us += tick_us;
+    timing.max_us = std::max(timing.max_us, tick_us);
+}
+
+std::string gf_statusLineText(const TickTiming& t) {
+    const double mean_us = t.ticks == 0 ? 0.0 : t.total_us / static_cast<double>(t.ticks);
+    return fmt::format(
+        "feed: {} | received {} | waiting {} | created {} | refused {} | active {} | removed {} | "
+        "tick {:.0f} us mean, {:.0f} us max over {} ticks",
+        lf_feedText(), trafficCounters.received.load(), gf_liveCountIn(SimState::buffer),
+        trafficCounters.created.load(), trafficCounters.createFailed.load(),
+        gf_liveCountIn(SimState::active), trafficCounters.removed.load(), mean_us, t.max_us,
+        t.ticks);
+}
+
+void gf_statusLineEverySecond(std::int32_t status_s) {
+    if (status_s <= 0 || ++secondsSinceLine < status_s) return;
+    secondsSinceLine = 0;
+    fmt::print("{} {}\n", gf_nowText(), gf_statusLineText(timing));
+    std::fflush(stdout);
+    timing = {};
+}
+
+}  // namespace tfx

@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Checks the outputs of one end-to-end run of ZEPT.
+
+Usage: check_run.py PROGRAM_FOLDER CONSOLE.txt SCENARIO.csv
+
+PROGRAM_FOLDER holds Log.txt and motion.csv (the built-in simulator's
+recording); CONSOLE.txt is what the program printed; SCENARIO.csv the traffic
+the stand-in application played. Prints the figures it checked and exits 1
+when a check fails.
+"""
+import csv
+import math
+import re
+import sys
+
+# Motion bounds, over windows of WINDOW_MS (single frames jitter by a frame).
+WINDOW_MS = 1000
+SPEED_MARGIN = 1.25        # a leg may be flown up to a fifth faster than reported
+MAX_BANK_DEG = 40.0        # the steepest bank limit of any category
+MAX_TURN_DEGPS = 12.0      # a coordinated turn at that bank, at 60 kt and up
+MAX_VS_FPM = 6000.0
+MAX_FRAME_JUMP_NM = 0.1    # nothing jumps between two frames
+CLOSING_LINES = [
+    "stop requested from the console",
+    "Exiting: USER CLOSED SIM",
+    "Shutdown cleanup completed; posting MSG_EXIT",
+]
+
+failures = []
+
+
+def check(ok, text):
+    print(("ok    " if ok else "FAIL  ") + text)
+    if not ok:
+        failures.append(text)
+
+
+def nm_between(a, b):
+    dlat = (b["lat"] - a["lat"]) * 60
+    dlon = (b["lon"] - a["lon"]) * 60 * math.cos(math.radians(a["lat"]))
+    return math.hypot(dlat, dlon)
+
+
+def read_recording(path):
+    objects = {}
+    with open(path, encoding="utf-8") as f:
+        for row in csv.DictReader(f):
+            objects.setdefault(int(row["object_id"]), []).append({
+                "t": int(row["time_ms"]), "lat": float(row["lat_deg"]),
+                "lon": float(row["lon_deg"]), "alt": float(row["alt_ft"]),
+                "bank": float(row["bank_deg"]), "hdg": float(row["heading_deg"])})
+    return objects
+
+
+def fastest_report_kt(path):
+    fastest = 0.0
+    with open(path, encoding="utf-8") as f:
+        for line in f:
+            fields = line.split(",")
+            if fields[0] == "T" and len(fields) > 8:
+                fastest = max(fastest, float(fields[8]))
+    return fastest
+
+
+def figures(points):
+    """Largest speed, turn rate and vertical speed over windows; bank; frame jump."""
+    speed = turn = vs = bank = jump = 0.0
+    j = 0
+    for i, a in enumerate(points):
+        bank = max(bank, abs(a["bank"]))
+        if i + 1 < len(points):
+            jump = max(jump, nm_between(a, points[i + 1]))
+        while j < len(points) and points[j]["t"] - a["t"] < WINDOW_MS:
+            j += 1
+        if j == len(points):
+            break
+        b = points[j]
+        dt_h = (b["t"] - a["t"]) / 3600000.0
+        speed = max(speed, nm_between(a, b) / dt_h)
+        dh = abs((b["hdg"] - a["hdg"] + 180) % 360 - 180)
+        turn = max(turn, dh / (dt_h * 3600))
+        vs = max(vs, abs(b["alt"] - a["alt"]) / (dt_h * 60))
+    return speed, turn, vs, bank, jump
+
+
+def last_status(console):
+    lines = [l for l in console.splitlines() if " | created " in l]
+    if not lines:
+        return None
+    numbers = {}
+    for key in ("received", "waiting", "created", "refused", "active", "removed"):
+        m = re.search(rf"\b{key} (\d+)", lines[-1])
+        numbers[key] = int(m.group(1)) if m else -1
+    return numbers
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    folder, console_path, scenario_path = sys.argv[1:]
+    console = open(console_path, encoding="utf-8", errors="replace").read()
+    log = open(f"{folder}/Log.txt", encoding="utf-8", errors="replace").read()
+
+    status = last_status(console)
+    check(status is not None, "status lines were printed")
+    if status is None:
+        return 1
+    print(f"      last status: {status}")
+    check(status["received"] > 0, "traffic was received")
+    check(status["created"] >= 5, "at least 5 aircraft were created")
+    check(status["refused"] == 0, "no create was refused")
+    check(status["removed"] == status["created"] and status["active"] == 0,
+          "every created aircraft was removed after its reports stopped")
+
+    objects = read_recording(f"{folder}/motion.csv")
+    check(len(objects) == status["created"], "the simulator saw exactly the created objects "
+          f"({len(objects)} objects)")
+    end_ms = max((p[-1]["t"] for p in objects.values()), default=0)
+    speed_limit = fastest_report_kt(scenario_path) * SPEED_MARGIN
+    print(f"      {'object':>6} {'frames':>6} {'from s':>7} {'to s':>7} {'kt max':>7} "
+          f"{'turn/s':>6} {'vs fpm':>7} {'bank':>5} {'jump nm':>8}")
+    for oid, points in sorted(objects.items()):
+        speed, turn, vs, bank, jump = figures(points)
+        print(f"      {oid:>6} {len(points):>6} {points[0]['t'] / 1000:>7.1f} "
+              f"{points[-1]['t'] / 1000:>7.1f} {speed:>7.0f} {turn:>6.1f} {vs:>7.0f} "
+              f"{bank:>5.1f} {jump:>8.4f}")
+        check(len(points) > 100, f"object {oid} was moved for a while")
+        check(speed <= speed_limit, f"object {oid} no faster than {speed_limit:.0f} kt")
+        check(turn <= MAX_TURN_DEGPS and bank <= MAX_BANK_DEG, f"object {oid} turns within limits")
+        check(vs <= MAX_VS_FPM, f"object {oid} climbs and descends within {MAX_VS_FPM:.0f} fpm")
+        check(jump <= MAX_FRAME_JUMP_NM, f"object {oid} never jumps")
+        moved = nm_between(points[0], points[-1])
+        check(moved > 0.5, f"object {oid} went somewhere ({moved:.1f} NM)")
+    if objects:
+        last_ms = max(p[-1]["t"] for p in objects.values())
+        check(last_ms <= end_ms, "no position after the end")
+
+    check("Traffic exception" not in log, "no traffic exception in the log")
+    for line in CLOSING_LINES:
+        check(line in log, f"the log has the closing line \"{line}\"")
+    check(log.rfind(CLOSING_LINES[-1]) > log.rfind(CLOSING_LINES[1]),
+          "the closing lines come in order")
+    check("Recorded positions written to motion.csv" in log, "the recording was completed")
+
+    if failures:
+        print(f"{len(failures)} check(s) failed")
+        return 1
+    print("all checks passed")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Runs ZEPT as a process against the stand-in RealTraffic application and the
+# built-in simulator, then checks what it left behind: aircraft created,
+# moving within bounds, removed when their reports stopped, and a clean close
+# on Ctrl-C.
+#   tests/e2e/run_e2e.sh BUILD_DIR
+set -euo pipefail
+src="$(cd "$(dirname "$0")/../.." && pwd)"
+build="$(cd "$1" && pwd)"
+work="$(mktemp -d /tmp/zept_e2e.XXXXXX)"
+standin_pid=""
+zept_pid=""
+cleanup() {
+  [ -n "$zept_pid" ] && kill -KILL "$zept_pid" 2>/dev/null || true
+  [ -n "$standin_pid" ] && kill -TERM "$standin_pid" 2>/dev/null || true
+  wait 2>/dev/null || true
+  if [ "${keep:-0}" = 1 ]; then echo "outputs kept in $work"; else rm -rf "$work"; fi
+}
+trap cleanup EXIT
+
+"$src/scripts/program_folder.sh" "$build" "$work/program"
+mkdir -p "$work/data"
+
+# 25 s of live reports after the history, then silence: the scenario's last
+# half minute.
+"$build/rt_app_standin" --scenario "$src/data/rt_scenario_egtk.csv" --start 215 --no-loop \
+  >"$work/standin.txt" 2>&1 &
+standin_pid=$!
+
+cd "$work/program"
+ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 --record motion.csv --duration 400 \
+  >"$work/console.txt" 2>&1 &
+zept_pid=$!
+
+# Wait until everything created has been removed again (or give up).
+deadline=$((SECONDS + 240))
+done_waiting=0
+while [ $SECONDS -lt $deadline ]; do
+  sleep 2
+  line="$(grep ' | created ' "$work/console.txt" | tail -1 || true)"
+  if [[ "$line" =~ created\ ([0-9]+).*active\ ([0-9]+)\ \|\ removed\ ([0-9]+) ]]; then
+    if [ "${BASH_REMATCH[1]}" -gt 0 ] && [ "${BASH_REMATCH[2]}" = 0 ] &&
+       [ "${BASH_REMATCH[3]}" = "${BASH_REMATCH[1]}" ]; then
+      done_waiting=1
+      break
+    fi
+  fi
+  kill -0 "$zept_pid" 2>/dev/null || break
+done
+[ $done_waiting = 1 ] || echo "aircraft were not all removed within the wait"
+sleep 3  # a stretch of recording with no aircraft
+
+# Ctrl-C, as a user at the console would.
+kill -INT "$zept_pid"
+status=0
+for _ in $(seq 1 30); do
+  kill -0 "$zept_pid" 2>/dev/null || break
+  sleep 1
+done
+if kill -0 "$zept_pid" 2>/dev/null; then
+  echo "ZEPT did not end within 30 s of Ctrl-C"
+  keep=1
+  exit 1
+fi
+wait "$zept_pid" || status=$?
+zept_pid=""
+echo "ZEPT ended with exit code $status"
+
+if ! python3 "$src/tests/e2e/check_run.py" "$work/program" "$work/console.txt" \
+     "$src/data/rt_scenario_egtk.csv"; then
+  keep=1
+  exit 1
+fi
