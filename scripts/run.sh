@@ -28,7 +28,10 @@ scripts/program_folder.sh build/default run
 words=("$@")
 standin_pid=""
 if [[ $standin == 1 ]]; then
-  build/default/rt_app_standin --scenario data/rt_scenario_egtk.csv >run/standin.txt 2>&1 &
+  # In a session of its own, so that Ctrl-C reaches ZEPT alone: ZEPT closes
+  # as the user asked rather than because the application went away.
+  setsid build/default/rt_app_standin --scenario data/rt_scenario_egtk.csv \
+    >run/standin.txt 2>&1 &
   standin_pid=$!
   trap '[[ -n "$standin_pid" ]] && kill "$standin_pid" 2>/dev/null; wait 2>/dev/null || true' EXIT
   words=(--rt-app --record motion.csv "$@")
