@@ -54,6 +54,8 @@ void gf_clearCodes(InternTable& table) {
     std::unique_lock lock(table.lock);
     table.codes.clear();
     table.indexOf.clear();
+    table.codes.emplace_back();
+    table.indexOf.emplace(std::string(), 0);
     table.fullReported = false;
 }
 

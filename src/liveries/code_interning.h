@@ -22,7 +22,10 @@ struct CodeHash {
 };
 
 struct InternTable {
-    explicit InternTable(std::string_view name_) : name(name_) {}
+    // Index 0 is the empty code, "none", from the start and after each clear.
+    explicit InternTable(std::string_view name_) : name(name_), codes{std::string()} {
+        indexOf.emplace(std::string(), 0);
+    }
     std::string_view name;  // for the log
     mutable std::shared_mutex lock;
     // A deque keeps every stored code in place while the table grows, so a
@@ -43,6 +46,7 @@ std::uint16_t gf_internCode(InternTable& table, std::string_view code);
 // The code of an index; the empty code for an index never handed out.
 const std::string& gf_codeAt(const InternTable& table, std::uint16_t index);
 std::size_t gf_codeCount(const InternTable& table);
+// Back to the empty code alone, at index 0.
 void gf_clearCodes(InternTable& table);
 
 // Shorthands for the two tables.

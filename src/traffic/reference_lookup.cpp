@@ -32,8 +32,8 @@ std::uint16_t gf_callsignAirline(std::string_view callsign) {
 }
 
 std::uint16_t gf_privateAirline() {
-    static const std::uint16_t pvt = gf_airlineIndex("PVT");
-    return pvt;
+    // Looked up each time: the tables are read again after a data update.
+    return gf_airlineIndex("PVT");
 }
 
 }  // namespace tfx
