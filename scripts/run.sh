@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds ZEPT and runs its main job from a prepared program folder (./run):
-# the built-in simulator (the user aircraft at Oxford Kidlington) with the
+# the built-in simulator (the user aircraft starts at Oxford Kidlington) with the
 # stand-in RealTraffic application replaying the bundled traffic scenario on
 # loopback. Installs what is missing first (scripts/setup.sh).
 #
