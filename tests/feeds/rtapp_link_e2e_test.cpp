@@ -19,6 +19,7 @@
 #include "feeds/rtapp/reader_state.h"
 #include "feeds/rtapp/rt_app_position.h"
 #include "feeds/rtapp/rtapp_link.h"
+#include "gui/gui.h"
 #include "liveries/reference_db.h"
 #include "parking/park_airport.h"
 #include "sim/sim_client.h"
@@ -202,6 +203,18 @@ TEST_F(RtAppRoad, HistoryLiveParkedThenTheApplicationGoes) {
     EXPECT_EQ(gf_exitRequest()->reason, ExitReason::NewSettings);
     EXPECT_EQ(gf_exitRequest()->seconds, 1);
     EXPECT_FALSE(rtAppFeedConnected);
+}
+
+TEST_F(RtAppRoad, AClosingSessionDoesNotCallTheApplicationGone) {
+    startApp();
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    // The session ends for another reason and takes the link down; the
+    // ticks until the main loop notices still report the position.
+    gf_requestExit(ExitReason::NewSettings, 3);
+    gf_closeRTApp();
+    gf_sendPosition();
+    EXPECT_EQ(Gui::statusText().find("RealTraffic App gone"), std::string::npos);
+    EXPECT_EQ(gf_exitRequest()->seconds, 3);
 }
 
 TEST_F(RtAppRoad, AClientThatConnectsAndVanishesIsReplacedByTheNextOne) {

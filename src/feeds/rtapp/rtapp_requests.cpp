@@ -57,6 +57,9 @@ RequestBox gf_parkedBox(LatLon c) {
 
 void gf_sendPosition() {
     if (!params.PSX_SERVER_HERE.current) return;
+    // Once the session closes the link goes down on purpose; the last ticks
+    // must not report the application as gone.
+    if (!gf_keepRunning()) return;
     // With AEROWINX the position goes to PSX, not to us: no TCP link is
     // built, and the UDP readers work alone. Asking for a new session here
     // would only loop.
