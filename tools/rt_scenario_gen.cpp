@@ -6,8 +6,8 @@
 //                   [--dbase data/dbase.xml] [--out FILE]
 //
 // Arrivals on final down to the runway and off it, departures from the
-// apron up to cruise, taxiing aircraft, overflights at cruise and parked
-// aircraft; a few without callsign or registration. One report per aircraft
+// apron up to cruise, taxiing aircraft, overflights at cruise, one aircraft
+// in a hold and parked aircraft; a few without callsign or registration. One report per aircraft
 // every one to two seconds.
 #include <cmath>
 #include <cstdio>
@@ -168,6 +168,40 @@ Path lf_overflight(const Airport& ap, double track_deg, double offset_nm, double
     };
 }
 
+// A racetrack hold near the airport: one-minute legs joined by rate-one
+// turns (3 degrees a second), so that the traffic also turns.
+Path lf_hold(const Airport& ap, double inbound_deg, double fl) {
+    return [=](double t) {
+        constexpr double speed_kt = 220, leg_s = 60, turn_s = 60;
+        constexpr double radius_nm = speed_kt / 3600 * turn_s / std::numbers::pi;
+        double lat = ap.lat, lon = ap.lon;
+        lf_move(lat, lon, inbound_deg + 180, 8);  // the fix
+        const double u = std::fmod(t, 2 * (leg_s + turn_s));
+        const double leg_nm = speed_kt * leg_s / 3600;
+        // Inbound leg to the fix, right turn, outbound leg, right turn.
+        double track = inbound_deg;
+        if (u < leg_s) {
+            lf_move(lat, lon, inbound_deg + 180, leg_nm * (1 - u / leg_s));
+        } else if (u < leg_s + turn_s) {
+            const double a = 180 * (u - leg_s) / turn_s;  // degrees turned
+            lf_move(lat, lon, inbound_deg + 90, radius_nm);
+            lf_move(lat, lon, inbound_deg + 90 + 180 + a, radius_nm);
+            track = inbound_deg + a;
+        } else if (u < 2 * leg_s + turn_s) {
+            lf_move(lat, lon, inbound_deg + 90, 2 * radius_nm);
+            lf_move(lat, lon, inbound_deg + 180, leg_nm * (u - leg_s - turn_s) / leg_s);
+            track = inbound_deg + 180;
+        } else {
+            const double a = 180 * (u - 2 * leg_s - turn_s) / turn_s;
+            lf_move(lat, lon, inbound_deg + 180, leg_nm);
+            lf_move(lat, lon, inbound_deg + 90, radius_nm);
+            lf_move(lat, lon, inbound_deg + 90 + a, radius_nm);
+            track = inbound_deg + 180 + a;
+        }
+        return State{lat, lon, fl * 100, 0, std::fmod(track + 360, 360), speed_kt};
+    };
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -274,6 +308,32 @@ int main(int argc, char** argv) {
         s.parked.push_back(std::move(p));
     }
 
+    // One aircraft in a hold, drawn from a random stream of its own, so that
+    // the rest of a scenario stays as it was for the same seed.
+    {
+        std::mt19937 holdRng(seed + 1);
+        const auto& fr =
+            frames[std::uniform_int_distribution<std::size_t>(0, frames.size() - 1)(holdRng)];
+        const Path path = lf_hold(*ap, ap->runway_deg, 80);
+        std::uniform_real_distribution<double> gap(1.0, 2.0);
+        const std::string callsign = fmt::format("{}{}", fr.airline, 900 + holdRng() % 100);
+        for (double t = gap(holdRng) - 1; t <= length_s; t += gap(holdRng)) {
+            const State st = path(t);
+            Report r;
+            r.offset_s = std::round(t * 10) / 10;
+            r.hexid = nextHex;
+            r.lat = st.lat, r.lon = st.lon, r.alt_ft = st.alt_ft, r.vs_fpm = st.vs_fpm;
+            r.track_deg = st.track_deg, r.gs_kt = st.gs_kt, r.tas_kt = st.gs_kt;
+            r.callsign = callsign, r.model = fr.model, r.regcode = fr.regcode;
+            r.from = others[holdRng() % others.size()], r.to = ap->iata;
+            r.airline = fr.airline, r.category = "A3";
+            s.reports.push_back(std::move(r));
+        }
+        ++nextHex;
+        std::stable_sort(s.reports.begin(), s.reports.end(),
+                         [](const Report& a, const Report& b) { return a.offset_s < b.offset_s; });
+    }
+
     const std::string text = tfx::scenario::gf_scenarioText(s);
     if (out.empty()) {
         std::cout << text;
@@ -285,7 +345,7 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
-    fmt::print(stderr, "{} flights, {} reports, {} parked, {:.0f} s at {}\n", flights.size(),
+    fmt::print(stderr, "{} flights, {} reports, {} parked, {:.0f} s at {}\n", flights.size() + 1,
                s.reports.size(), s.parked.size(), length_s, ap->icao);
     return 0;
 }
