@@ -7,7 +7,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config ccache
   libpugixml-dev libsodium-dev libcurl4-openssl-dev nlohmann-json3-dev
   libfmt-dev libzip-dev libgtest-dev libgmock-dev libbenchmark-dev
   python3  # the end-to-end checks and the demo scenario scripts
