@@ -5,6 +5,7 @@
 //
 // With a second argument the recording is written for scripts/plot_motion.py.
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 
 #include "app/log.h"
@@ -19,7 +20,9 @@ int main(int argc, char** argv) {
         fmt::print(stderr, "cannot read {}\n", path);
         return 1;
     }
-    gf_openLog();
+    // Its log goes beside the system's temporary files, never into the folder
+    // it is run from (usually the repository's root).
+    gf_openLogAt(std::filesystem::temp_directory_path() / "replay_motion_Log.txt");
     const replay::Recording rec = replay::gf_replay(*scenario);
     fmt::print("{} reports ({} bad lines), {} frames\n", scenario->reports.size(), bad,
                rec.samples.size());

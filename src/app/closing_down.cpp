@@ -8,6 +8,7 @@
 
 #include "app/app_messages.h"
 #include "app/exit_request.h"
+#include "app/exit_status.h"
 #include "app/log.h"
 #include "app/options.h"
 #include "app/parameters.h"
@@ -132,10 +133,11 @@ bool lf_restartCountdown(std::int32_t seconds) {
 }
 
 void lf_closingDown() {
+    ExitReason reason = ExitReason::NotYetSet;
     try {
         restartPending = 0;
         const auto request = gf_exitRequest();
-        const ExitReason reason = request ? request->reason : ExitReason::NotYetSet;
+        reason = request ? request->reason : ExitReason::NotYetSet;
         const std::int32_t seconds = request ? request->seconds : 0;
         gf_logLine(fmt::format("{} Exiting: {}", gf_nowText(), gf_exitReasonText(reason)));
         lf_closeSession(reason, seconds);
@@ -149,6 +151,11 @@ void lf_closingDown() {
         restartPending = 0;
     }
     if (userClosing.load()) restartPending = 0;
+    // A way out that the user didn't choose says why and ends non-zero.
+    if (restartPending.load() == 0 && userClosing.load() == 0 && commandLineJob.load() == 0) {
+        if (auto problem = gf_problemOfReason(reason))
+            gf_setExitProblem(problem->code, std::move(problem->why));
+    }
     if (restartPending.load()) {
         gf_logLine("Restart cleanup completed; posting MSG_START");
         gf_postAppMessage(AppMessage::MSG_START);

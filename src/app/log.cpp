@@ -1,6 +1,8 @@
 #include "app/log.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 #include <stdexcept>
@@ -19,17 +21,44 @@ constexpr const char* LOG_NAME = "Log.txt";
 std::mutex logMutex;
 std::FILE* logFile = nullptr;
 std::size_t bytesSinceFlush = 0;
+// The size guard: bytes written since the open, lines dropped past a bound.
+LogLimits nextLimits;
+LogLimits limits;
+std::uint64_t bytesWritten = 0;
+std::uint64_t complaintsDropped = 0;
+std::uint64_t linesDropped = 0;
 
 // Caller holds logMutex.
 void lf_write(std::string_view prefix, std::string_view text) {
     std::fwrite(prefix.data(), 1, prefix.size(), logFile);
     std::fwrite(text.data(), 1, text.size(), logFile);
     std::fputc('\n', logFile);
-    bytesSinceFlush += prefix.size() + text.size() + 1;
+    const std::size_t n = prefix.size() + text.size() + 1;
+    bytesSinceFlush += n;
+    bytesWritten += n;
+}
+
+// Caller holds logMutex. False when the line must be dropped; the first drop
+// of each kind says so in the log, once.
+bool lf_roomFor(std::size_t n, bool complaint) {
+    const std::uint64_t bound = complaint ? limits.complaint_bytes : limits.limit_bytes;
+    if (bytesWritten + n <= bound) return true;
+    std::uint64_t& dropped = complaint ? complaintsDropped : linesDropped;
+    if (dropped++ == 0) {
+        lf_write("==> ", fmt::format("Log.txt reached {} bytes: further {} are not written", bound,
+                                     complaint ? "complaints" : "lines"));
+        std::fflush(logFile);
+        bytesSinceFlush = 0;
+    }
+    return false;
 }
 
 void lf_closeLocked() {
     if (logFile == nullptr) return;
+    if (complaintsDropped + linesDropped > 0)
+        lf_write("==> ", fmt::format("{} complaint{} and {} other line{} were not written",
+                                     complaintsDropped, complaintsDropped == 1 ? "" : "s",
+                                     linesDropped, linesDropped == 1 ? "" : "s"));
     std::fflush(logFile);
     std::fclose(logFile);
     logFile = nullptr;
@@ -39,22 +68,36 @@ void lf_closeLocked() {
 }  // namespace
 
 void gf_openLog() {
+    gf_openLogAt(LOG_NAME);
+}
+
+void gf_openLogAt(const std::filesystem::path& file) {
     {
         std::lock_guard lock(logMutex);
         lf_closeLocked();
     }
-    gf_save1GenerationOf(LOG_NAME);
+    gf_save1GenerationOf(file);
     // Built before the lock: the version parse may itself want to log.
     const std::string head = fmt::format("{} {} version {} for {}", gf_nowText(), PROGRAM_NAME,
                                          gf_versionText(gf_runningVersion()), "MSFS 2020/2024");
     std::lock_guard lock(logMutex);
-    logFile = std::fopen(LOG_NAME, "wb");
+    logFile = std::fopen(file.c_str(), "wb");
     if (logFile == nullptr)
-        throw std::runtime_error(std::string("Failed to write file ") + LOG_NAME);
+        throw std::runtime_error(
+            fmt::format("Failed to write file {}: {}", file.string(), std::strerror(errno)));
     bytesSinceFlush = 0;
+    bytesWritten = 0;
+    complaintsDropped = 0;
+    linesDropped = 0;
+    limits = nextLimits;
     lf_write("", head);
     std::fflush(logFile);
     bytesSinceFlush = 0;
+}
+
+void gf_setLogLimits(const LogLimits& newLimits) {
+    std::lock_guard lock(logMutex);
+    nextLimits = newLimits;
 }
 
 void gf_closeLog() {
@@ -69,7 +112,7 @@ bool gf_logIsOpen() {
 
 void gf_logLine(std::string_view text) {
     std::lock_guard lock(logMutex);
-    if (logFile == nullptr) return;
+    if (logFile == nullptr || !lf_roomFor(text.size() + 1, false)) return;
     lf_write("", text);
     if (bytesSinceFlush >= FLUSH_BYTES) {
         std::fflush(logFile);
@@ -79,7 +122,15 @@ void gf_logLine(std::string_view text) {
 
 void gf_logError(std::string_view text) {
     std::lock_guard lock(logMutex);
-    if (logFile == nullptr) return;
+    if (logFile == nullptr || !lf_roomFor(text.size() + 5, false)) return;
+    lf_write("==> ", text);
+    std::fflush(logFile);
+    bytesSinceFlush = 0;
+}
+
+void gf_logComplaint(std::string_view text) {
+    std::lock_guard lock(logMutex);
+    if (logFile == nullptr || !lf_roomFor(text.size() + 5, true)) return;
     lf_write("==> ", text);
     std::fflush(logFile);
     bytesSinceFlush = 0;

@@ -1,8 +1,11 @@
 // parameters.xml: loading every parameter, creating the file with defaults,
 // and writing a single changed value through at once.
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <mutex>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -26,6 +29,11 @@ namespace {
 
 constexpr int BANNER_WIDTH = 80;
 constexpr const char* FILE_NAME = "parameters.xml";
+
+// Every change is a read, a change and a write of the whole file: two at once
+// would each write back what the other never saw. Recursive, since a read
+// that finds no usable file writes a new one.
+std::recursive_mutex fileMutex;
 
 std::string lf_pathToUtf8(const fs::path& p) {
     const std::u8string u8 = p.u8string();
@@ -76,15 +84,68 @@ void lf_setAttribute(pugi::xml_attribute a, const PathParameter& p) {
     a.set_value(lf_valueText(p).c_str());
 }
 
-// A found element without a value counts as found, with the type's zero.
+void lf_refuse(const Parameter& p, std::string_view text, std::string_view why,
+               const std::string& holds) {
+    gf_logError(fmt::format("{}=\"{}\" refused ({}): {} holds", p.key, text, why, holds));
+}
+
+// A found element without a value counts as found, with the type's zero. A
+// value that isn't wholly a number is refused and the default holds; one
+// beyond the limits is held at the limit.
 void lf_take(IntParameter& p, pugi::xml_attribute a) {
-    p.current = std::clamp(a ? a.as_int(0) : 0, p.minimum, p.maximum);
+    if (!a) {
+        p.current = std::clamp(0, p.minimum, p.maximum);
+        return;
+    }
+    const std::string text = gf_trim(a.as_string());
+    const char* first = text.data();
+    const char* last = first + text.size();
+    if (first != last && *first == '+') ++first;
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(first, last, value);
+    if (first == last || end != last ||
+        (error != std::errc() && error != std::errc::result_out_of_range)) {
+        p.current = p.defaultValue;
+        lf_refuse(p, a.as_string(), "not a whole number", fmt::format("{}", p.current));
+        return;
+    }
+    if (error == std::errc::result_out_of_range)
+        value = text.front() == '-' ? std::numeric_limits<std::int64_t>::min()
+                                    : std::numeric_limits<std::int64_t>::max();
+    p.current = static_cast<std::int32_t>(std::clamp<std::int64_t>(value, p.minimum, p.maximum));
+    if (p.current != value)
+        lf_refuse(p, a.as_string(), "beyond its limits", fmt::format("{}", p.current));
 }
 void lf_take(BoolParameter& p, pugi::xml_attribute a) {
-    p.current = a ? a.as_bool(false) : false;
+    if (!a) {
+        p.current = false;
+        return;
+    }
+    std::string word = gf_trim(a.as_string());
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (word == "true" || word == "1" || word == "yes") {
+        p.current = true;
+    } else if (word == "false" || word == "0" || word == "no") {
+        p.current = false;
+    } else {
+        p.current = p.defaultValue;
+        lf_refuse(p, a.as_string(), "not true or false", p.current ? "true" : "false");
+    }
+}
+// A port is the one string that must be a number: 1 to 65535.
+bool lf_isPort(const std::string& text) {
+    int port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return error == std::errc() && end == text.data() + text.size() && port >= 1 && port <= 65535;
 }
 void lf_take(StringParameter& p, pugi::xml_attribute a) {
     p.current = a ? a.as_string() : "";
+    if (&p == &params.PORT_NUMBER && !lf_isPort(p.current)) {
+        const std::string refused = p.current;
+        p.current = p.defaultValue;
+        lf_refuse(p, refused, "not a port number", fmt::format("\"{}\"", p.current));
+    }
 }
 void lf_take(PathParameter& p, pugi::xml_attribute a) {
     p.current = a ? lf_pathFromUtf8(a.as_string()) : fs::path();
@@ -148,10 +209,9 @@ int lf_createFresh() {
     return 1;
 }
 
-template <typename P>
-void lf_writeThrough(const P& p) {
-    const fs::path path = gf_parameterFilePath();
-    pugi::xml_document doc;
+// The file's parameters section for a change: a file that can't be loaded
+// becomes an empty one, and missing parts are made.
+pugi::xml_node lf_sectionForChange(pugi::xml_document& doc, const fs::path& path) {
     if (const auto result = doc.load_file(path.c_str()); !result) {
         gf_logLine(fmt::format("{} could not be loaded: {}", path.string(), result.description()));
         doc.reset();
@@ -159,7 +219,11 @@ void lf_writeThrough(const P& p) {
     pugi::xml_node root = doc.child("root");
     pugi::xml_node section = root ? root.child("parameters") : doc.child("parameters");
     if (!section) section = (root ? root : doc.append_child("root")).append_child("parameters");
+    return section;
+}
 
+template <typename P>
+void lf_setInSection(pugi::xml_node section, const P& p) {
     bool matched = false;
     for (pugi::xml_node n : section.children("parameter")) {
         if (std::strcmp(n.attribute("name").as_string(), p.key.c_str()) != 0) continue;
@@ -170,7 +234,19 @@ void lf_writeThrough(const P& p) {
     }
     if (!matched) lf_append(section, p.key, p);
     gf_logLine(lf_logText(p));
+}
+
+void lf_save(pugi::xml_document& doc, const fs::path& path) {
     if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
+}
+
+template <typename P>
+void lf_writeThrough(const P& p) {
+    std::lock_guard lock(fileMutex);
+    const fs::path path = gf_parameterFilePath();
+    pugi::xml_document doc;
+    lf_setInSection(lf_sectionForChange(doc, path), p);
+    lf_save(doc, path);
 }
 
 }  // namespace
@@ -194,6 +270,7 @@ fs::path gf_parameterFilePath() {
 }
 
 int gf_readParameters() {
+    std::lock_guard lock(fileMutex);
     const fs::path path = gf_parameterFilePath();
     gf_logLine(gf_bannerOpen(BANNER_WIDTH, "parameters"));
 
@@ -226,6 +303,7 @@ int gf_readParameters() {
 }
 
 void gf_createParameterFile() {
+    std::lock_guard lock(fileMutex);
     const fs::path path = gf_parameterFilePath();
     pugi::xml_document doc;
     pugi::xml_node section = doc.append_child("root").append_child("parameters");
@@ -254,6 +332,7 @@ void gf_setIntParameter(IntParameter& p, std::int32_t value) {
 }
 
 bool gf_removeParameter(const std::string& key) {
+    std::lock_guard lock(fileMutex);
     const fs::path path = gf_parameterFilePath();
     pugi::xml_document doc;
     if (const auto result = doc.load_file(path.c_str()); !result) {
@@ -276,6 +355,24 @@ bool gf_removeParameter(const std::string& key) {
     gf_logLine(fmt::format("Parameter '{}' removed", key));
     if (!gf_saveXml(doc, path)) gf_logError(fmt::format("saving: {} failed", path.string()));
     return true;
+}
+
+void gf_changeParameters(const std::vector<std::string>& removeKeys,
+                         const std::vector<const IntParameter*>& ints,
+                         const std::vector<const StringParameter*>& strings) {
+    std::lock_guard lock(fileMutex);
+    const fs::path path = gf_parameterFilePath();
+    pugi::xml_document doc;
+    pugi::xml_node section = lf_sectionForChange(doc, path);
+    for (const auto& key : removeKeys) {
+        if (pugi::xml_node n = lf_find(section, key)) {
+            section.remove_child(n);
+            gf_logLine(fmt::format("Parameter '{}' removed", key));
+        }
+    }
+    for (const auto* p : ints) lf_setInSection(section, *p);
+    for (const auto* p : strings) lf_setInSection(section, *p);
+    lf_save(doc, path);
 }
 
 void gf_toggleBoolOption(BoolOption& option) {

@@ -95,22 +95,28 @@ void gf_migrateParameters() {
         gf_saveParameter(params.PROGRAM_VERSION);
         return;
     }
-    if (saved != running) {
-        params.PROGRAM_VERSION.current = runningText;
-        gf_saveParameter(params.PROGRAM_VERSION);
+    if (saved >= running) {
+        if (saved != running) {
+            params.PROGRAM_VERSION.current = runningText;
+            gf_saveParameter(params.PROGRAM_VERSION);
+        }
+        return;
     }
-    if (saved >= running) return;
 
     gf_logLine(fmt::format("This is a version update from {} -> {}", savedText, runningText));
-    for (const char* key : OBSOLETE_KEYS) gf_removeParameter(key);
-
-    IntSelector& holding = params.HOLDING_THRESHOLD_METERS;
-    holding.current = lf_snapToList(holding.current, holding.list);
-    gf_saveParameter(holding);
-
+    // The leftovers of the old version go first, the file last and in one
+    // replacement with the new version in it: a run killed on the way finds
+    // the old version in the file and does the whole step again.
     std::error_code ignored;
     fs::remove("zlib1.dll", ignored);
     fs::remove_all("new_version", ignored);
+
+    IntSelector& holding = params.HOLDING_THRESHOLD_METERS;
+    holding.current = lf_snapToList(holding.current, holding.list);
+    params.PROGRAM_VERSION.current = runningText;
+    gf_changeParameters(
+        std::vector<std::string>(std::begin(OBSOLETE_KEYS), std::end(OBSOLETE_KEYS)), {&holding},
+        {&params.PROGRAM_VERSION});
 }
 
 int gf_checkRadiusParameters() {

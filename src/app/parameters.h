@@ -164,6 +164,11 @@ void gf_saveParameter(const StringParameter& p);
 void gf_saveParameter(const PathParameter& p);
 void gf_setIntParameter(IntParameter& p, std::int32_t value);
 bool gf_removeParameter(const std::string& key);
+// Removes keys and writes values in one replacement of the file, so that an
+// interrupted change leaves the old file or the new one, never half of it.
+void gf_changeParameters(const std::vector<std::string>& removeKeys,
+                         const std::vector<const IntParameter*>& ints,
+                         const std::vector<const StringParameter*>& strings);
 // Read, then the radius rule and the version step when a file was read.
 int gf_checkRadiusParameters();
 void gf_applyRadiusRule();

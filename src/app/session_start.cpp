@@ -9,6 +9,7 @@
 #include "airports/airport_session.h"
 #include "app/decrypt.h"
 #include "app/exit_request.h"
+#include "app/exit_status.h"
 #include "app/file_utils.h"
 #include "app/log.h"
 #include "app/options.h"
@@ -17,6 +18,7 @@
 #include "app/run_state.h"
 #include "app/run_words.h"
 #include "app/session_internal.h"
+#include "app/stale_files.h"
 #include "app/update_check.h"
 #include "app/user_exception.h"
 #include "feeds/feed_start.h"
@@ -102,10 +104,13 @@ void lf_checkInstallPath() {
     }
     gf_logError(gf_isMSFS2020() ? "ZEPT cannot find the MSFS install path."
                                 : "ZEPT cannot find the MSFS2024 install path.");
-    if (++installPathFailures < 3)
+    if (++installPathFailures < 3) {
         gf_requestExit(ExitReason::NewSettings, 1);
-    else
+    } else {
+        // Closes as the user would, but the user didn't choose it.
+        gf_setExitProblem(EXIT_FAILED, "the simulator's install path was not found");
         gf_requestExit(ExitReason::UserClosedSim, 5);
+    }
 }
 
 void lf_holdForWebApi() {
@@ -153,6 +158,7 @@ bool lf_init() {
     for (const char* folder : WORKING_FOLDERS) fs::create_directories(folder, ec);
     if (fs::exists("ObjectIdList.txt", ec)) gf_removeFile("ObjectIdList.txt");
     gf_removeDecryptLeftovers();
+    gf_removeSessionLeftovers();
     for (const char* name : PLAIN_DATA_FILES) {
         const fs::path plain = fs::path("input") / name;
         if (fs::exists(plain, ec)) gf_removeFile(plain);
@@ -244,6 +250,7 @@ void lf_main() {
             gf_logLine(fmt::format("exception {}", e.what()));
             processExitCode = 1;
         }
+        gf_setExitProblem(EXIT_FAILED, e.what());
         gf_showError(e.what());
         gf_logError(e.what());
         gf_requestExit(ExitReason::SystemError, 0);

@@ -1,6 +1,7 @@
-// One running ZEPT per user: a lock on a file in the data folder stands in
-// for the named mutex. The lock dies with the process, so a crash never
-// leaves a stale lock behind.
+// One running ZEPT per user and per program folder: a lock on a file in the
+// data folder stands in for the named mutex, and a lock on the program folder
+// itself keeps a second instance with another data folder out of the same
+// Log.txt. The locks die with the process, so a crash never leaves a stale one.
 #pragma once
 
 #include <filesystem>
@@ -14,6 +15,9 @@ struct InstanceLock {
 // True when this process now holds the lock; false when another holds it.
 // Throws std::runtime_error when the lock file cannot be opened.
 bool pf_acquireInstanceLock(const std::filesystem::path& lockFile, InstanceLock& lock);
+// The same for a folder, which is locked as it stands: nothing is written into
+// it, so a read-only folder can be locked too.
+bool pf_acquireFolderLock(const std::filesystem::path& folder, InstanceLock& lock);
 void pf_releaseInstanceLock(InstanceLock& lock);
 
 }  // namespace tfx

@@ -17,6 +17,7 @@ sigset_t lf_stopSet() {
     sigemptyset(&set);
     sigaddset(&set, SIGINT);
     sigaddset(&set, SIGTERM);
+    sigaddset(&set, SIGHUP);  // the terminal closed
     return set;
 }
 

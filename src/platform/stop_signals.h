@@ -1,4 +1,4 @@
-// Ctrl-C and termination requests from the console. A console user stops the
+// Ctrl-C, termination requests and a closed terminal. A console user stops the
 // program the way the window's close button would.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace tfx {
 
-// Blocks SIGINT and SIGTERM for the calling thread and every thread it starts
+// Blocks SIGINT, SIGTERM and SIGHUP for the calling thread and every thread it starts
 // afterwards (call it first in main), and starts a watcher thread that calls
 // onStop, on that thread, for each such signal.
 void pf_startStopSignalWatcher(std::function<void(int signal)> onStop);

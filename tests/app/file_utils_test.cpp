@@ -5,6 +5,7 @@
 #include <pugixml.hpp>
 
 #include "app/file_utils.h"
+#include "platform/file_replace.h"
 #include "support/temp_workdir.h"
 
 namespace fs = std::filesystem;
@@ -67,17 +68,29 @@ TEST(SaveXml, DeclarationIndentAndNoTemporaryLeft) {
 }
 
 TEST(SaveXml, UnwritablePlaceKeepsTheOldFile) {
+    // Places that fail for root too: permissions would not stop it.
     TempWorkdir dir;
-    fs::create_directory(dir.path() / "ro");
-    dir.write("ro/keep.xml", "<old/>");
-    fs::permissions(dir.path() / "ro", fs::perms::owner_read | fs::perms::owner_exec);
+    dir.write("keep.xml", "<old/>");
     pugi::xml_document doc;
     doc.append_child("new");
-    const bool saved = tfx::gf_saveXml(doc, dir.path() / "ro" / "keep.xml");
-    fs::permissions(dir.path() / "ro", fs::perms::owner_all);
-    if (::geteuid() == 0) GTEST_SKIP() << "root writes anywhere";
-    EXPECT_FALSE(saved);
-    EXPECT_EQ(dir.read("ro/keep.xml"), "<old/>");
+
+    // The working name can't be written (a folder stands there).
+    const fs::path working = tfx::pf_temporaryNameFor(dir.path() / "keep.xml");
+    fs::create_directory(working);
+    EXPECT_FALSE(tfx::gf_saveXml(doc, dir.path() / "keep.xml"));
+    EXPECT_EQ(dir.read("keep.xml"), "<old/>");
+    fs::remove(working);
+
+    // The swap can't be made (the place is a folder that isn't empty): the
+    // working file doesn't stay behind.
+    fs::create_directories(dir.path() / "place.xml" / "inside");
+    EXPECT_FALSE(tfx::gf_saveXml(doc, dir.path() / "place.xml"));
+    EXPECT_TRUE(fs::is_directory(dir.path() / "place.xml" / "inside"));
+    EXPECT_FALSE(fs::exists(tfx::pf_temporaryNameFor(dir.path() / "place.xml")));
+
+    // Below a plain file nothing can be made at all.
+    EXPECT_FALSE(tfx::gf_saveXml(doc, dir.path() / "keep.xml" / "under.xml"));
+    EXPECT_EQ(dir.read("keep.xml"), "<old/>");
 }
 
 TEST(RemoveFiles, FolderKeepsSubfoldersAndTbloKeepsNonXml) {

@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <fmt/format.h>
 
 #include "app/log.h"
 #include "app/text_utils.h"
@@ -78,6 +82,57 @@ TEST(Log, LinesFromManyThreadsNeverMix) {
         ++count;
     }
     EXPECT_EQ(count, 2000);
+}
+
+TEST(Log, AFloodOfComplaintsCannotPushOutTheProgramsOwnLines) {
+    TempWorkdir dir(false);
+    tfx::gf_setLogLimits({20'000, 40'000});
+    tfx::gf_openLog();
+    const std::string complaint(99, 'c');
+    for (int i = 0; i < 5'000; ++i) tfx::gf_logComplaint(complaint);
+    tfx::gf_logLine("own line after the flood");
+    tfx::gf_logError("own warning after the flood");
+    EXPECT_LE(fs::file_size(dir.path() / "Log.txt"), 20'000u + 200u);
+
+    // The program's own lines stop only at the whole bound.
+    const std::string line(99, 'o');
+    for (int i = 0; i < 5'000; ++i) tfx::gf_logLine(line);
+    tfx::gf_closeLog();
+    tfx::gf_setLogLimits({});
+    const std::string log = dir.read("Log.txt");
+    EXPECT_LE(log.size(), 40'000u + 300u);
+    EXPECT_NE(log.find("own line after the flood\n==> own warning after the flood\n"),
+              std::string::npos);
+    EXPECT_NE(log.find("==> Log.txt reached 20000 bytes: further complaints are not written"),
+              std::string::npos);
+    EXPECT_NE(log.find("==> Log.txt reached 40000 bytes: further lines are not written"),
+              std::string::npos);
+    const auto complaints = static_cast<int>(std::count(log.begin(), log.end(), 'c') / 99);
+    const auto own = static_cast<int>(std::count(log.begin(), log.end(), 'o') / 99);
+    EXPECT_NE(log.find(fmt::format("==> {} complaints and {} other lines were not written",
+                                   5'000 - complaints, 5'000 - own)),
+              std::string::npos)
+        << log.substr(log.size() - 200);
+}
+
+TEST(Log, AToolsLogGoesWhereItIsToldAndSaysWhyItCannot) {
+    TempWorkdir dir(false);
+    fs::create_directory(dir.path() / "elsewhere");
+    tfx::gf_openLogAt(dir.path() / "elsewhere" / "tool_Log.txt");
+    tfx::gf_logLine("from a tool");
+    tfx::gf_closeLog();
+    EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
+    EXPECT_NE(dir.read("elsewhere/tool_Log.txt").find("from a tool"), std::string::npos);
+
+    fs::create_directory(dir.path() / "Log.txt");
+    try {
+        tfx::gf_openLog();
+        ADD_FAILURE() << "a folder in the log's place can't be written";
+    } catch (const std::runtime_error& e) {
+        EXPECT_NE(std::string(e.what()).find("Failed to write file Log.txt: Is a directory"),
+                  std::string::npos)
+            << e.what();
+    }
 }
 
 TEST(Banner, StarsAroundTextOrTextAlone) {

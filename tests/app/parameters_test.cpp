@@ -1,9 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
+#include <thread>
 
 #include <fmt/format.h>
 #include <pugixml.hpp>
@@ -75,7 +82,7 @@ TEST(Parameters, ValuesAreClampedAndMissingValuesAreZero) {
                                         {"DESTINATION", "EGTK"}}));
     EXPECT_EQ(tfx::gf_readParameters(), 0);
     EXPECT_EQ(params.RANGE.current, 100);
-    EXPECT_EQ(params.RANGE_GROUND.current, 2);  // "abc" reads as 0, then the minimum
+    EXPECT_EQ(params.RANGE_GROUND.current, 10) << "\"abc\" is refused; the default holds";
     EXPECT_EQ(params.MAX_LIVE_SEL.current, 0) << "found without value is not the default";
     EXPECT_FALSE(params.AUTO_PARK.current);
     EXPECT_EQ(params.SIM_CHOICE.current, "MSFS 2030") << "strings are not checked";
@@ -85,6 +92,60 @@ TEST(Parameters, ValuesAreClampedAndMissingValuesAreZero) {
     EXPECT_NE(log.find("RANGE=100\n"), std::string::npos);
     EXPECT_NE(log.find("DESTINATION=\"EGTK\"\n"), std::string::npos);
     EXPECT_NE(log.find("AUTO_PARK=false\n"), std::string::npos);
+}
+
+TEST(Parameters, ValuesThatDoNotWhollyParseAreRefusedByName) {
+    TempWorkdir dir;
+    dir.write("parameters.xml", fileOf({{"MAX_LIVE_SEL", "1e9"},
+                                        {"MAX_PARK_SEL", " 75 "},
+                                        {"RANGE_1", "0x10"},
+                                        {"RANGE_2", "99999999999"},
+                                        {"RANGE_3", "-3"},
+                                        {"AUTO_PARK", "nope"},
+                                        {"RANDOM", "FALSE"},
+                                        {"PORT_NUMBER", "abc"}}));
+    EXPECT_EQ(tfx::gf_readParameters(), 0);
+    EXPECT_EQ(params.MAX_LIVE_SEL.current, 500) << "not read as 1";
+    EXPECT_EQ(params.MAX_PARK_SEL.current, 75);
+    EXPECT_EQ(params.RANGE_1.current, 20);
+    EXPECT_EQ(params.RANGE_2.current, 100) << "the limit holds";
+    EXPECT_EQ(params.RANGE_3.current, 1);
+    EXPECT_TRUE(params.AUTO_PARK.current);
+    EXPECT_FALSE(params.RANDOM.current);
+    EXPECT_EQ(params.PORT_NUMBER.current, "10747");
+    const std::string log = dir.logText();
+    for (const char* line :
+         {"==> MAX_LIVE_SEL=\"1e9\" refused (not a whole number): 500 holds\n",
+          "==> RANGE_1=\"0x10\" refused (not a whole number): 20 holds\n",
+          "==> RANGE_2=\"99999999999\" refused (beyond its limits): 100 holds",
+          "==> AUTO_PARK=\"nope\" refused (not true or false): true holds",
+          "==> PORT_NUMBER=\"abc\" refused (not a port number): \"10747\" holds"})
+        EXPECT_NE(log.find(line), std::string::npos) << line << "\n" << log;
+    EXPECT_EQ(log.find("MAX_PARK_SEL=\""), std::string::npos) << "blanks around a number are fine";
+}
+
+TEST(Parameters, ConcurrentSavesLoseNothing) {
+    TempWorkdir dir;
+    tfx::gf_createParameterFile();
+    // Each thread saves keys of its own; every one of them must be in the file.
+    constexpr int PER_THREAD = 300;
+    std::vector<std::unique_ptr<tfx::IntParameter>> keys;
+    for (int t = 0; t < 2; ++t)
+        for (int i = 0; i < PER_THREAD; ++i)
+            keys.push_back(
+                std::make_unique<tfx::IntParameter>(fmt::format("T{}_{}", t, i), i, 0, PER_THREAD));
+    std::vector<std::thread> savers;
+    for (int t = 0; t < 2; ++t)
+        savers.emplace_back([&, t] {
+            for (int i = 0; i < PER_THREAD; ++i)
+                tfx::gf_saveParameter(*keys[static_cast<std::size_t>(t * PER_THREAD + i)]);
+        });
+    for (auto& saver : savers) saver.join();
+    const StoredFile f = stored(dir);
+    int lost = 0;
+    for (const auto& key : keys) lost += f.values.count(key->key) == 0 ? 1 : 0;
+    EXPECT_EQ(lost, 0) << "of " << keys.size();
+    EXPECT_EQ(f.names.size(), 80u + keys.size());
 }
 
 TEST(Parameters, MissingKeysAreAddedUnknownOnesKept) {
@@ -275,6 +336,51 @@ TEST(Migration, UpdateRemovesOldKeysAndSnapsHolding) {
         EXPECT_NE(dir.logText().find("This is a version update from 15.2 -> 15.15"),
                   std::string::npos);
     }
+}
+
+TEST(Migration, AKillAnywhereLeavesItDoneOrNotBegun) {
+    TempWorkdir dir(false);
+    const std::string before = fileOf({{"PROGRAM_VERSION", "15.2"},
+                                       {"Always", "1"},
+                                       {"SCAN_AIRPORTS", "1"},
+                                       {"LIVERIES_SCANNED", "1"},
+                                       {"HOLDING_THRESHOLD_METERS", "275"}});
+    // Kill a migrating process ever later, until one finishes; each time the
+    // file must hold the old version with every old key, or the new without.
+    bool finished = false;
+    for (int delay_us = 0; !finished && delay_us < 200'000; delay_us += 150) {
+        dir.write("parameters.xml", before);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            tfx::gf_checkRadiusParameters();
+            ::_exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(delay_us));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        finished = WIFEXITED(status);
+
+        pugi::xml_document doc;
+        ASSERT_TRUE(doc.load_file((dir.path() / "parameters.xml").c_str())) << delay_us;
+        std::map<std::string, std::string> values;
+        for (auto n : doc.child("root").child("parameters").children("parameter"))
+            values[n.attribute("name").as_string()] = n.attribute("value").as_string();
+        if (values.at("PROGRAM_VERSION") == "15.2") {
+            EXPECT_EQ(values.count("Always") + values.count("SCAN_AIRPORTS") +
+                          values.count("LIVERIES_SCANNED"),
+                      3u)
+                << "killed after " << delay_us << " us";
+        } else {
+            EXPECT_EQ(values.count("Always") + values.count("SCAN_AIRPORTS") +
+                          values.count("LIVERIES_SCANNED"),
+                      0u)
+                << "killed after " << delay_us << " us";
+            EXPECT_EQ(values.at("HOLDING_THRESHOLD_METERS"), "250");
+        }
+        if (testing::Test::HasFailure()) break;
+    }
+    EXPECT_TRUE(finished);
 }
 
 TEST(Parameters, PackageOrderings) {

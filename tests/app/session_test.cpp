@@ -92,7 +92,7 @@ TEST(Session, SecondInstanceLeavesAtOnce) {
 TEST(Session, MissingDocsFolderIsAUserErrorAndEndsTheProcess) {
     ProgramFolder dir;
     fs::remove(dir.path() / "docs");
-    EXPECT_EQ(runEntry({"zept"}), 0);
+    EXPECT_EQ(runEntry({"zept"}), 1) << "not the user's own close";
     const std::string log = dir.read("Log.txt");
     EXPECT_NE(find(log, "41: ZEPT must be run from the ZEPT folder!"), std::string::npos) << log;
     EXPECT_NE(find(log, "Exiting: SYSTEM ERROR"), std::string::npos);
@@ -100,6 +100,7 @@ TEST(Session, MissingDocsFolderIsAUserErrorAndEndsTheProcess) {
 
 TEST(Session, RestartFindsEverythingCleanAndUserCloseEndsIt) {
     ProgramFolder dir;
+    dir.write("Log.txt", "the run before\n");
     const int before = gf_sessionCount();
     auto entry = std::async(std::launch::async, [] { return runEntry({"zept"}); });
     CloseOnExit guard;
@@ -117,9 +118,12 @@ TEST(Session, RestartFindsEverythingCleanAndUserCloseEndsIt) {
     gf_requestExit(ExitReason::UserClosedSim, 1);
     ASSERT_EQ(entry.wait_for(10s), std::future_status::ready);
     EXPECT_EQ(entry.get(), 0);
-    const std::string log = dir.read("Log0.txt") + dir.read("Log.txt");
+    // One log for the process: the restart doesn't rotate away the run before.
+    EXPECT_EQ(dir.read("Log0.txt"), "the run before\n");
+    const std::string log = dir.read("Log.txt");
     const auto first = find(log, "Exiting: NEW SETTINGS");
     ASSERT_NE(first, std::string::npos) << log;
+    EXPECT_NE(find(log, "======== ZEPT session ", first), std::string::npos);
     const auto phase1 = find(log, "Restart phase: reinitializing SimConnect state", first);
     const auto phase2 = find(log, "Restart phase: reinitializing traffic state", phase1);
     const auto done = find(log, "Restart cleanup completed; posting MSG_START", phase2);
