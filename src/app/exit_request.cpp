@@ -1,11 +1,19 @@
 #include "app/exit_request.h"
 
+#include <mutex>
+
 #include "app/run_flags.h"
 
 namespace tfx {
 namespace {
 
-std::atomic<std::shared_ptr<const ExitRequest>> slot;
+// The slot is a shared pointer under a mutex held only for the swap, with a
+// flag beside it for the lock-free poll. (The library's atomic shared pointer
+// releases its internal lock without ordering after a load, which the thread
+// sanitizer rightly reports as a race with the next exchange.)
+std::mutex slotMutex;
+std::shared_ptr<const ExitRequest> slot;
+std::atomic<bool> requested{false};
 
 // Text of each reason, in the order of the enumeration.
 constexpr std::string_view REASON_TEXTS[] = {
@@ -37,21 +45,26 @@ void gf_requestExit(ExitReason reason, std::int32_t seconds) {
         userClosing.store(1);
         if (gf_onUserClosing) gf_onUserClosing();
     }
-    std::shared_ptr<const ExitRequest> empty;
     auto request = std::make_shared<const ExitRequest>(ExitRequest{reason, seconds});
-    slot.compare_exchange_strong(empty, request);
+    std::lock_guard lock(slotMutex);
+    if (slot) return;  // the first request of a session wins
+    slot = std::move(request);
+    requested.store(true);
 }
 
 bool gf_keepRunning() {
-    return !slot.load() && userClosing.load() == 0;
+    return !requested.load() && userClosing.load() == 0;
 }
 
 std::shared_ptr<const ExitRequest> gf_exitRequest() {
-    return slot.load();
+    std::lock_guard lock(slotMutex);
+    return slot;
 }
 
 void gf_clearExitRequest() {
-    slot.store(nullptr);
+    std::lock_guard lock(slotMutex);
+    slot.reset();
+    requested.store(false);
 }
 
 }  // namespace tfx
