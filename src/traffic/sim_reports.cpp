@@ -26,16 +26,29 @@ namespace tfx {
 
 namespace {
 
-constexpr std::int32_t SETUP_DELAY_TICKS = 200;
 constexpr std::uint32_t LOWEST_OBJECT_ID = 3;
 constexpr double MIN_CG_FT = 1, MAX_CG_FT = 35;
 constexpr double MIN_STATIC_PITCH = -0.017453292519943295;  // -1 degree
 constexpr double MAX_STATIC_PITCH = 0.04363323129985824;    // 2.5 degrees
 constexpr double DEFAULT_STATIC_PITCH = 0.012217304763960306;
 
+void lf_createFailed(const SimMessage& m);
+
+// An identifier below 3 is none the simulator hands out for a created
+// object: the create failed, and the record must not wait for ever in
+// adding2sim, counted against the live limit.
+bool lf_refusedObjectId(const SimMessage& m) {
+    if (m.objectid >= LOWEST_OBJECT_ID) return false;
+    gf_logLine(fmt::format("create of hexid:{:x} answered with object id {}: treated as failed",
+                           m.hexid, m.objectid));
+    lf_createFailed(m);
+    return true;
+}
+
 void lf_liveObjectArrived(const SimMessage& m) {
+    if (lf_refusedObjectId(m)) return;
     LiveAircraft* ac = gf_findLive(m.hexid);
-    if (ac == nullptr || m.objectid < LOWEST_OBJECT_ID) return;
+    if (ac == nullptr) return;
     ac->objectid = m.objectid;
     ++trafficCounters.created;
     if (!ac->stream.empty() && ac->stream.front().inAir == 0) hp_handleGroundTraffic(*ac);
@@ -47,7 +60,7 @@ void lf_liveObjectArrived(const SimMessage& m) {
 }
 
 void lf_staticObjectArrived(const SimMessage& m) {
-    if (m.objectid < LOWEST_OBJECT_ID) return;
+    if (lf_refusedObjectId(m)) return;
     SimMessage waiting = m;
     waiting.count = 0;
     delayedMessages.push_back(waiting);
@@ -158,20 +171,19 @@ void lf_handleSimMessages() {
         }
     }
     messages.clear();
-    lf_handleDelayed();
 }
 
 void lf_handleDelayed() {
     for (std::size_t i = 0; i < delayedMessages.size();) {
         SimMessage& d = delayedMessages[i];
-        if (d.count < SETUP_DELAY_TICKS) {
+        if (d.count < OBJECT_SETUP_TICKS) {
             ++d.count;
             // Toggled twice, the lights end as they began, and the object has drawn them.
             if (d.kind == SIM_LIVE_OBJECT_ID && (d.count == 49 || d.count == 99)) {
                 gf_sendEvent(d.objectid, EVENT_ALL_LIGHTS_TOGGLE, 0);
             }
         }
-        if (d.count < SETUP_DELAY_TICKS) {
+        if (d.count < OBJECT_SETUP_TICKS) {
             ++i;
             continue;
         }
