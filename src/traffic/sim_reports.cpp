@@ -32,16 +32,18 @@ constexpr double MIN_STATIC_PITCH = -0.017453292519943295;  // -1 degree
 constexpr double MAX_STATIC_PITCH = 0.04363323129985824;    // 2.5 degrees
 constexpr double DEFAULT_STATIC_PITCH = 0.012217304763960306;
 
-void lf_createFailed(const SimMessage& m);
+bool lf_eraseFailedCreate(const SimMessage& m, AircraftBase& refused);
 
 // An identifier below 3 is none the simulator hands out for a created
 // object: the create failed, and the record must not wait for ever in
-// adding2sim, counted against the live limit.
+// adding2sim, counted against the live limit. The livery is not to blame
+// for the answer, so it doesn't go on the failed list.
 bool lf_refusedObjectId(const SimMessage& m) {
     if (m.objectid >= LOWEST_OBJECT_ID) return false;
     gf_logLine(fmt::format("create of hexid:{:x} answered with object id {}: treated as failed",
                            m.hexid, m.objectid));
-    lf_createFailed(m);
+    AircraftBase refused;
+    lf_eraseFailedCreate(m, refused);
     return true;
 }
 
@@ -103,23 +105,28 @@ void lf_staticData(const SimMessage& m) {
         (m.b <= MIN_STATIC_PITCH || m.b > MAX_STATIC_PITCH) ? DEFAULT_STATIC_PITCH : m.b;
 }
 
-void lf_createFailed(const SimMessage& m) {
-    AircraftBase refused;
+// false when no record of the create is left.
+bool lf_eraseFailedCreate(const SimMessage& m, AircraftBase& refused) {
     if (gf_isStaticHexid(m.hexid)) {
         StaticAircraft* st = gf_findStatic(m.hexid);
-        if (st == nullptr) return;
+        if (st == nullptr) return false;
         refused = *st;
         lf_purgeAircraft(st->hexid, st->objectid);
         lf_eraseStatic(*st);
     } else {
         LiveAircraft* ac = gf_findLive(m.hexid);
-        if (ac == nullptr) return;
+        if (ac == nullptr) return false;
         refused = *ac;
         ++trafficCounters.createFailed;
         lf_cleanupLiveAircraft(*ac);
         lf_eraseLive(*ac);
     }
-    gf_liveryCreateFailed(refused);
+    return true;
+}
+
+void lf_createFailed(const SimMessage& m) {
+    AircraftBase refused;
+    if (lf_eraseFailedCreate(m, refused)) gf_liveryCreateFailed(refused);
 }
 
 using ReportHandler = void (*)(const SimMessage&);
