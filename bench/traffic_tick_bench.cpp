@@ -1,12 +1,10 @@
 // The traffic tick with 100 to 2000 active airborne aircraft: time per tick,
-// per aircraft, and heap allocations per tick (every operator new of the
-// process is counted). And the intake of feed messages into the streams.
+// per aircraft, and heap allocations per tick (the engine's own count of
+// what is allocated inside its ticks). And the intake of feed messages into
+// the streams.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <vector>
 
 #include <fmt/format.h>
@@ -18,28 +16,11 @@
 #include "liveries/reference_db.h"
 #include "sim/sim_queues.h"
 #include "traffic/clock.h"
+#include "traffic/allocation_count.h"
 #include "traffic/traffic.h"
+#include "traffic/traffic_counters.h"
 #include "traffic/traffic_internal.h"
 #include "traffic/traffic_tables.h"
-
-namespace {
-std::atomic<std::uint64_t> allocations{0};
-}
-
-// The counting operator new hands out malloc's memory, so delete frees it.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}
 
 namespace {
 
@@ -113,14 +94,12 @@ void BM_TrafficTick(benchmark::State& state) {
     drained.reserve();  // handed back to the producers at the first drain
     // Warm-up: the one-time growth of tables and spares stays out of the count.
     for (int i = 0; i < FEED_CYCLE_TICKS; ++i) gf_trafficTick();
-    std::uint64_t outside = 0;  // allocations of the feed's and simulator's share
     std::int64_t ticks = 0;
-    const std::uint64_t start = allocations.load();
+    const std::uint64_t start = trafficCounters.tickAllocations.load();
     for (auto _ : state) {
         if (ticks % FEED_CYCLE_TICKS == 0) {
             // The feed thread's batch and the simulator thread's flush.
             state.PauseTiming();
-            const std::uint64_t before = allocations.load();
             batch.clear();
             for (std::int32_t i = 0; i < count; ++i) {
                 batch.push_back(lf_report(static_cast<std::uint32_t>(i), nextPoint, count));
@@ -129,18 +108,18 @@ void BM_TrafficTick(benchmark::State& state) {
             gf_handleTrafficBatch(batch, 30, false);
             drained.clear();
             gf_takeSimCommands(drained);
-            outside += allocations.load() - before;
             state.ResumeTiming();
         }
         gf_trafficTick();
         ++ticks;
     }
-    const double inTicks = static_cast<double>(allocations.load() - start - outside);
+    const double inTicks = static_cast<double>(trafficCounters.tickAllocations.load() - start);
     state.counters["aircraft"] = static_cast<double>(liveAircraft.size());
     state.counters["ns_per_aircraft"] = benchmark::Counter(
         static_cast<double>(count),
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-    state.counters["allocs_per_tick"] = inTicks / static_cast<double>(ticks);
+    state.counters["allocs_per_tick"] =
+        gf_allocationsCounted() ? inTicks / static_cast<double>(ticks) : -1.0;
     gf_stopTraffic();
 }
 

@@ -9,6 +9,7 @@
 #include "app/run_state.h"
 #include "feeds/rtapp/rt_app_position.h"
 #include "feeds/rtapp/rtapp_readers.h"
+#include "traffic/allocation_count.h"
 #include "traffic/traffic_counters.h"
 
 namespace tfx {
@@ -17,6 +18,9 @@ namespace {
 
 TickTiming timing;
 std::int32_t secondsSinceLine = 0;
+// The allocation counters at the last line.
+std::uint64_t allocationsAtLine = 0;
+std::uint64_t allocatingTicksAtLine = 0;
 
 std::string lf_feedText() {
     if (gf_isRTDirect()) return "RT Direct";
@@ -34,18 +38,28 @@ void gf_noteTickTime(double tick_us) {
 
 std::string gf_statusLineText(const TickTiming& t) {
     const double mean_us = t.ticks == 0 ? 0.0 : t.total_us / static_cast<double>(t.ticks);
+    const std::string allocations =
+        gf_allocationsCounted()
+            ? fmt::format("{} allocations in {} ticks", t.allocations, t.allocatingTicks)
+            : std::string("allocations not counted");
     return fmt::format(
         "feed: {} | received {} | waiting {} | created {} | refused {} | active {} | removed {} | "
-        "tick {:.0f} us mean, {:.0f} us max over {} ticks",
+        "tick {:.0f} us mean, {:.0f} us max over {} ticks, {}",
         lf_feedText(), trafficCounters.received.load(), gf_liveCountIn(SimState::buffer),
         trafficCounters.created.load(), trafficCounters.createFailed.load(),
         gf_liveCountIn(SimState::active), trafficCounters.removed.load(), mean_us, t.max_us,
-        t.ticks);
+        t.ticks, allocations);
 }
 
 void gf_statusLineEverySecond(std::int32_t status_s) {
     if (status_s <= 0 || ++secondsSinceLine < status_s) return;
     secondsSinceLine = 0;
+    const std::uint64_t allocationsNow = trafficCounters.tickAllocations.load();
+    const std::uint64_t allocatingNow = trafficCounters.allocatingTicks.load();
+    timing.allocations = allocationsNow - allocationsAtLine;
+    timing.allocatingTicks = allocatingNow - allocatingTicksAtLine;
+    allocationsAtLine = allocationsNow;
+    allocatingTicksAtLine = allocatingNow;
     fmt::print("{} {}\n", gf_nowText(), gf_statusLineText(timing));
     std::fflush(stdout);
     timing = {};

@@ -12,6 +12,9 @@ struct TickTiming {
     std::uint64_t ticks = 0;
     double total_us = 0;
     double max_us = 0;
+    // Heap allocations inside the ticks of this window, and the ticks that made any.
+    std::uint64_t allocations = 0;
+    std::uint64_t allocatingTicks = 0;
 };
 
 // After each tick: its duration.

@@ -12,6 +12,7 @@
 #include "traffic/controls.h"
 #include "traffic/flight_motion.h"
 #include "traffic/flight_motion_internal.h"
+#include "traffic/motion_limits.h"
 #include "traffic/traffic_tables.h"
 
 namespace tfx {
@@ -245,6 +246,7 @@ void lf_setAirSteps(LiveAircraft& ac) {
         lf_altitudeStep(ac);
         if (ac.flightState != FlightState::takeoff) lf_pitchStep(ac);
     }
+    lf_limitVerticalSpeed(ac);
     lf_attitudeStep(ac);
     if (ac.stream.front().alt >= HIGH_ALT_FT) {
         lf_highConfiguration(ac);

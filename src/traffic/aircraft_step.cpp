@@ -198,6 +198,8 @@ void lf_stepAircraft(LiveAircraft& ac) {
 }
 
 void lf_startRotation(LiveAircraft& ac) {
+    // Read before the state changes: afterwards prevState is the roll itself.
+    const bool touchAndGo = ac.prevState == FlightState::landing_roll;
     ac.counter = std::max(1, ac.rotationTicks);
     ac.bank = 0;
     ac.stepBank = 0;
@@ -205,9 +207,11 @@ void lf_startRotation(LiveAircraft& ac) {
     gf_setFlightState(ac, FlightState::takeoff);
     ac.curve.invalidate();
     ac.stepHeading = 0;
-    if (ac.prevState == FlightState::landing_roll) {
+    if (touchAndGo) {
+        // The roll started with the landing's spoilers out: the climb-out
+        // goes at full throttle with them stowed.
         gf_setThrottle(ac, 4);
-        gf_setSpoilers(ac, true);
+        gf_setSpoilers(ac, false);
         gf_setFlaps(ac, 1);
     }
 }

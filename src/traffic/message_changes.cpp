@@ -61,6 +61,9 @@ bool lf_routeChanged(LiveAircraft& ac, const TrafficMessage& m) {
     return true;
 }
 
+// A change of registration that calls for another livery. The livery is
+// dropped only when the aircraft respawns for it (lf_checkChanges): without
+// respawns the object keeps its livery and its flight state.
 bool lf_liveryTest(LiveAircraft& ac, const TrafficMessage& m) {
     const std::string_view title = gf_regcodeLivery(m.regcode);
     if (!title.empty()) {
@@ -72,7 +75,6 @@ bool lf_liveryTest(LiveAircraft& ac, const TrafficMessage& m) {
         if (!aimo || lf_sameKey(*aimo, ac.aimo)) return false;
         gf_takeAimo(ac, *aimo);
     }
-    lf_dropLivery(ac);
     return true;
 }
 
@@ -90,7 +92,6 @@ bool lf_regcodeChanged(LiveAircraft& ac, const TrafficMessage& m) {
             if (airline != 0 && (airline == aimo->airline || airline == aimo->operator_)) {
                 gf_takeAimo(ac, *aimo);
                 if (ac.flightState == FlightState::parked) gf_addRealStandOption(ac.sid, ac, 0);
-                lf_dropLivery(ac);
                 changed = true;
             }
         }
@@ -126,7 +127,8 @@ bool lf_checkChanges(LiveAircraft& ac, const TrafficMessage& m) {
     }
     std::string reasons;
     if (lf_routeChanged(ac, m)) lf_addReason(reasons, "orig-dest change");
-    if (lf_regcodeChanged(ac, m)) lf_addReason(reasons, "regcode change");
+    const bool newLivery = lf_regcodeChanged(ac, m);
+    if (newLivery) lf_addReason(reasons, "regcode change");
     if (!m.callsign.empty() && m.callsign != ac.callsign && m.callsign != ac.regcode) {
         if (lf_endsWithUnderscore(m.callsign)) {
             if (lf_realVersionExists(m.callsign)) return false;
@@ -142,6 +144,7 @@ bool lf_checkChanges(LiveAircraft& ac, const TrafficMessage& m) {
     }
     if (reasons.empty()) return true;
     if (!gf_options()->GUID_CHANGES) return true;
+    if (newLivery) lf_dropLivery(ac);
     gf_logLine(fmt::format(
         "{:16}{} respawns because of {}", "",
         fmt::format("{:8} {:12} {}", ac.callsign, ac.regcode, gf_routeText(ac.orig, ac.dest)),

@@ -14,6 +14,7 @@
 #include "traffic/flight_motion.h"
 #include "traffic/flight_motion_internal.h"
 #include "traffic/ground_motion.h"
+#include "traffic/motion_limits.h"
 #include "traffic/removal.h"
 #include "traffic/stand_claims.h"
 #include "traffic/traffic_internal.h"
@@ -195,6 +196,7 @@ void lf_nextPos(LiveAircraft& ac) {
         ac.stream.size() < 2) {
         return;
     }
+    lf_limitLegSpeed(ac);
     const StreamPoint& target = ac.stream[1];
     if (target.same != 0) {
         ac.stepLat = ac.stepLon = 0;

@@ -26,16 +26,31 @@ namespace tfx {
 
 namespace {
 
-constexpr std::int32_t SETUP_DELAY_TICKS = 200;
 constexpr std::uint32_t LOWEST_OBJECT_ID = 3;
 constexpr double MIN_CG_FT = 1, MAX_CG_FT = 35;
 constexpr double MIN_STATIC_PITCH = -0.017453292519943295;  // -1 degree
 constexpr double MAX_STATIC_PITCH = 0.04363323129985824;    // 2.5 degrees
 constexpr double DEFAULT_STATIC_PITCH = 0.012217304763960306;
 
+bool lf_eraseFailedCreate(const SimMessage& m, AircraftBase& refused);
+
+// An identifier below 3 is none the simulator hands out for a created
+// object: the create failed, and the record must not wait for ever in
+// adding2sim, counted against the live limit. The livery is not to blame
+// for the answer, so it doesn't go on the failed list.
+bool lf_refusedObjectId(const SimMessage& m) {
+    if (m.objectid >= LOWEST_OBJECT_ID) return false;
+    gf_logLine(fmt::format("create of hexid:{:x} answered with object id {}: treated as failed",
+                           m.hexid, m.objectid));
+    AircraftBase refused;
+    lf_eraseFailedCreate(m, refused);
+    return true;
+}
+
 void lf_liveObjectArrived(const SimMessage& m) {
+    if (lf_refusedObjectId(m)) return;
     LiveAircraft* ac = gf_findLive(m.hexid);
-    if (ac == nullptr || m.objectid < LOWEST_OBJECT_ID) return;
+    if (ac == nullptr) return;
     ac->objectid = m.objectid;
     ++trafficCounters.created;
     if (!ac->stream.empty() && ac->stream.front().inAir == 0) hp_handleGroundTraffic(*ac);
@@ -47,7 +62,7 @@ void lf_liveObjectArrived(const SimMessage& m) {
 }
 
 void lf_staticObjectArrived(const SimMessage& m) {
-    if (m.objectid < LOWEST_OBJECT_ID) return;
+    if (lf_refusedObjectId(m)) return;
     SimMessage waiting = m;
     waiting.count = 0;
     delayedMessages.push_back(waiting);
@@ -90,23 +105,28 @@ void lf_staticData(const SimMessage& m) {
         (m.b <= MIN_STATIC_PITCH || m.b > MAX_STATIC_PITCH) ? DEFAULT_STATIC_PITCH : m.b;
 }
 
-void lf_createFailed(const SimMessage& m) {
-    AircraftBase refused;
+// false when no record of the create is left.
+bool lf_eraseFailedCreate(const SimMessage& m, AircraftBase& refused) {
     if (gf_isStaticHexid(m.hexid)) {
         StaticAircraft* st = gf_findStatic(m.hexid);
-        if (st == nullptr) return;
+        if (st == nullptr) return false;
         refused = *st;
         lf_purgeAircraft(st->hexid, st->objectid);
         lf_eraseStatic(*st);
     } else {
         LiveAircraft* ac = gf_findLive(m.hexid);
-        if (ac == nullptr) return;
+        if (ac == nullptr) return false;
         refused = *ac;
         ++trafficCounters.createFailed;
         lf_cleanupLiveAircraft(*ac);
         lf_eraseLive(*ac);
     }
-    gf_liveryCreateFailed(refused);
+    return true;
+}
+
+void lf_createFailed(const SimMessage& m) {
+    AircraftBase refused;
+    if (lf_eraseFailedCreate(m, refused)) gf_liveryCreateFailed(refused);
 }
 
 using ReportHandler = void (*)(const SimMessage&);
@@ -158,20 +178,19 @@ void lf_handleSimMessages() {
         }
     }
     messages.clear();
-    lf_handleDelayed();
 }
 
 void lf_handleDelayed() {
     for (std::size_t i = 0; i < delayedMessages.size();) {
         SimMessage& d = delayedMessages[i];
-        if (d.count < SETUP_DELAY_TICKS) {
+        if (d.count < OBJECT_SETUP_TICKS) {
             ++d.count;
             // Toggled twice, the lights end as they began, and the object has drawn them.
             if (d.kind == SIM_LIVE_OBJECT_ID && (d.count == 49 || d.count == 99)) {
                 gf_sendEvent(d.objectid, EVENT_ALL_LIGHTS_TOGGLE, 0);
             }
         }
-        if (d.count < SETUP_DELAY_TICKS) {
+        if (d.count < OBJECT_SETUP_TICKS) {
             ++i;
             continue;
         }

@@ -13,8 +13,12 @@ void gf_trafficTick();
 
 // A feed's cycle of messages, played delay_s seconds after now. Any thread.
 // With a delay of 30 the batch replaces what is still pending; any other
-// delay (history pieces, before the tick runs) is taken at once.
+// delay is a piece of history (gf_handleHistoryBatch).
 void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool fromRtApp);
+// A piece of the history at the start, played delay_s seconds after now,
+// whatever that delay is. Any thread; the pieces queue up in order and the
+// tick works them off.
+void gf_handleHistoryBatch(std::vector<TrafficMessage>& batch, int delay_s, bool fromRtApp);
 
 // While no flight runs: only the simulator's reports are worked off; nothing
 // moves and simTick stands still.
@@ -40,7 +44,8 @@ void liveryRespawn(LiveAircraft& ac);
 
 // Capacities of the tables and queues (program start).
 void gf_initTraffic();
-// Ends the traffic: tables, queues, plan and week slot cleared.
+// Ends the traffic: tables, queues, plan and week slot cleared, the tables
+// left with their starting capacities. Called at the start of every session.
 void gf_stopTraffic();
 
 }  // namespace tfx

@@ -1,8 +1,11 @@
-// From a feed's batch to the pending queue: every message gets the tick at
+// From a feed's batch to the tick's queues: every message gets the tick at
 // which its aircraft is to be there, the batch's median lying delay seconds
-// ahead, so that the batch keeps its own internal timing.
+// ahead, so that the batch keeps its own internal timing. Live cycles replace
+// what is pending; history pieces queue up in order. Only the tick's thread
+// touches the aircraft tables.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include <fmt/format.h>
@@ -20,6 +23,13 @@ namespace tfx {
 namespace {
 
 constexpr int LIVE_DELAY_S = 30;
+// History comes all at once at the start and is due at once: the tick takes
+// it in large steps, bounded so that one tick stays short.
+constexpr std::size_t HISTORY_PER_TICK = 500;
+
+// Tick thread: the history being worked off, and how far.
+std::vector<TrafficMessage> historyBacklog;
+std::size_t historyNext = 0;
 
 std::int32_t lf_clampTick(double value) {
     constexpr double lo = std::numeric_limits<std::int32_t>::min();
@@ -32,6 +42,13 @@ const char* lf_plural(std::size_t n) {
 }
 
 }  // namespace
+
+void gf_clearHistory() {
+    historyBacklog.clear();
+    historyNext = 0;
+    std::lock_guard lock(historyLock);
+    historyMessages.clear();
+}
 
 void lf_stampBatch(std::vector<TrafficMessage>& batch, std::int32_t now, int delay_s) {
     thread_local std::vector<double> times;
@@ -55,22 +72,29 @@ void lf_stampBatch(std::vector<TrafficMessage>& batch, std::int32_t now, int del
     }
 }
 
-void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool fromRtApp) {
+void gf_handleHistoryBatch(std::vector<TrafficMessage>& batch, int delay_s, bool) {
     if (batch.empty()) return;
     trafficCounters.received += batch.size();
-    if (delay_s != LIVE_DELAY_S) {
-        // History pieces come while no tick runs: they are taken at once.
-        lf_stampBatch(batch, gf_simTick(), delay_s);
-        for (auto& m : batch) {
-            try {
-                lf_handleTrafficMessage(m);
-            } catch (...) {
-                lf_trafficException("lf_handleTrafficMessage");
-            }
+    lf_stampBatch(batch, gf_simTick(), delay_s);
+    {
+        std::lock_guard lock(historyLock);
+        if (historyMessages.empty()) {
+            historyMessages.swap(batch);
+        } else {
+            historyMessages.insert(historyMessages.end(), std::make_move_iterator(batch.begin()),
+                                   std::make_move_iterator(batch.end()));
         }
-        batch.clear();
+    }
+    batch.clear();
+}
+
+void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool fromRtApp) {
+    if (batch.empty()) return;
+    if (delay_s != LIVE_DELAY_S) {
+        gf_handleHistoryBatch(batch, delay_s, fromRtApp);
         return;
     }
+    trafficCounters.received += batch.size();
     const bool flightRuns = trafficOpen.load() != 0;
     if (fromRtApp && !flightRuns) {
         batch.clear();
@@ -92,6 +116,26 @@ void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool
         }
     }
     batch.clear();
+}
+
+void lf_takeHistory() {
+    if (historyNext >= historyBacklog.size()) {
+        historyBacklog.clear();
+        historyNext = 0;
+        std::lock_guard lock(historyLock);
+        if (historyMessages.empty()) return;
+        historyBacklog.swap(historyMessages);
+    }
+    // In the order the pieces came, oldest first: a newer report of an
+    // aircraft must not come before an older one.
+    const std::size_t end = std::min(historyBacklog.size(), historyNext + HISTORY_PER_TICK);
+    for (; historyNext < end; ++historyNext) {
+        try {
+            lf_handleTrafficMessage(historyBacklog[historyNext]);
+        } catch (...) {
+            lf_trafficException("lf_handleTrafficMessage");
+        }
+    }
 }
 
 void lf_takePendingMessages() {

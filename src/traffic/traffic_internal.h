@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/create_request.h"
 #include "sim/sim_message.h"
 #include "traffic/aircraft.h"
 
@@ -20,7 +21,17 @@ void lf_setupNewObject(LiveAircraft& ac);
 void lf_updateAllLive();
 void lf_handleStacks();
 void lf_takePendingMessages();
+// Works off queued history pieces, a bounded number of messages per tick.
+void lf_takeHistory();
+// Drops all queued history (the traffic stops).
+void gf_clearHistory();
 void lf_handleAddingStack();
+
+// Ticks from an object's identifier to its set-up, when it starts to move.
+inline constexpr std::int32_t OBJECT_SETUP_TICKS = 200;
+// A live create about to leave: the aircraft and the request move to where
+// the aircraft is due when its object starts to move.
+void lf_placeForCreate(CreateRequest& request);
 
 void lf_handleTrafficMessage(TrafficMessage& message);
 void lf_handleNewMessage(TrafficMessage& message);

@@ -1,11 +1,12 @@
-// The start and the end of the traffic: capacities, and a clean slate for
-// the next session.
+// The start and the end of the traffic: a clean slate with the starting
+// capacities for the next session.
 #include "feeds/qnh.h"
 #include "liveries/livery_matching.h"
 #include "parking/park_airport.h"
 #include "parking/parking_plan.h"
 #include "traffic/clock.h"
 #include "traffic/traffic.h"
+#include "traffic/traffic_internal.h"
 #include "traffic/traffic_tables.h"
 
 namespace tfx {
@@ -20,6 +21,7 @@ void gf_stopTraffic() {
         std::lock_guard lock(pendingLock);
         pendingMessages.clear();
     }
+    gf_clearHistory();
     delayedMessages.clear();
     spawnStack.clear();
     liveCreates.clear();
@@ -37,6 +39,9 @@ void gf_stopTraffic() {
     weekNow = 0;
     // The next session's feed may lag by another shift.
     gf_forgetFeedTimeStamp();
+    // Every session starts here: its tables never have to grow inside a tick
+    // until the traffic passes their starting capacities.
+    gf_reserveTrafficTables();
 }
 
 }  // namespace tfx

@@ -6,6 +6,8 @@ std::vector<LiveAircraft> liveAircraft;
 std::vector<StaticAircraft> staticAircraft;
 std::mutex pendingLock;
 std::vector<TrafficMessage> pendingMessages;
+std::mutex historyLock;
+std::vector<TrafficMessage> historyMessages;
 std::vector<std::uint32_t> spawnStack;
 std::deque<CreateRequest> liveCreates;
 std::deque<CreateRequest> staticCreates;

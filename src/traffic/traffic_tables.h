@@ -1,5 +1,6 @@
 // The engine's tables and queues. All belong to the tick's thread except
-// pendingMessages, which the feed threads fill under pendingLock.
+// pendingMessages and historyMessages, which the feed threads fill under
+// their locks.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +20,9 @@ extern std::vector<StaticAircraft> staticAircraft;  // reserved 256
 
 extern std::mutex pendingLock;
 extern std::vector<TrafficMessage> pendingMessages;  // 2 per tick, from the back
+// History pieces of the start, in the order they came; the tick works them off.
+extern std::mutex historyLock;
+extern std::vector<TrafficMessage> historyMessages;
 
 extern std::vector<std::uint32_t> spawnStack;  // hexids, last in first out
 extern std::deque<CreateRequest> liveCreates;

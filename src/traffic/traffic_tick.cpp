@@ -7,10 +7,12 @@
 #include "parking/parking_plan.h"
 #include "sim/sim_ids.h"
 #include "sim/sim_queues.h"
+#include "traffic/allocation_count.h"
 #include "traffic/clock.h"
 #include "traffic/geometry.h"
 #include "traffic/removal.h"
 #include "traffic/traffic.h"
+#include "traffic/traffic_counters.h"
 #include "traffic/traffic_internal.h"
 #include "traffic/traffic_tables.h"
 #include "traffic/user_aircraft.h"
@@ -85,6 +87,7 @@ void lf_handleStacks() {
     }
     if (!lf_every(CREATE_EVERY_TICKS)) return;
     if (!liveCreates.empty()) {
+        lf_placeForCreate(liveCreates.front());
         gf_queueCreate(std::move(liveCreates.front()));
         liveCreates.pop_front();
         return;
@@ -103,9 +106,13 @@ void lf_handleStacks() {
 }
 
 void gf_trafficTick() {
+    const std::uint64_t allocationsBefore = gf_threadAllocations();
     lf_handleSimMessages();
+    // The two seconds of set-up count only while the flight runs.
+    lf_handleDelayed();
     lf_updateAllLive();
     lf_handleStacks();
+    lf_takeHistory();
     lf_takePendingMessages();
     lf_handleAddingStack();
     lf_requestObjectReports();
@@ -113,6 +120,10 @@ void gf_trafficTick() {
     lf_takeOverUser();
     lf_releaseHolding();
     simTick.fetch_add(1, std::memory_order_relaxed);
+    if (const std::uint64_t made = gf_threadAllocations() - allocationsBefore; made != 0) {
+        trafficCounters.tickAllocations.fetch_add(made, std::memory_order_relaxed);
+        trafficCounters.allocatingTicks.fetch_add(1, std::memory_order_relaxed);
+    }
 }
 
 void gf_trafficFrozenTick() {

@@ -90,11 +90,6 @@ TEST_F(TrafficTest, BatchesWhileNoFlightRunsAreDropped) {
     EXPECT_TRUE(fromApp.empty());
     EXPECT_TRUE(fromApi.empty());
     EXPECT_TRUE(pendingMessages.empty());
-    // A history piece is taken at once, with its own delay.
-    std::vector<TrafficMessage> history = {airborne(0x4C0102, "", 100, 50)};
-    gf_handleTrafficBatch(history, 12, false);
-    ASSERT_NE(live(0x4C0102), nullptr);
-    EXPECT_EQ(live(0x4C0102)->stream.front().time, START_TICK + 1200);
 }
 
 TEST_F(TrafficTest, RepeatsWithinASecondAndWrongSpeedsLeaveTheStreamAlone) {

@@ -321,6 +321,25 @@ TEST_F(FlightReplayTest, TouchAndGoRollsAndTakesOffAgain) {
     EXPECT_EQ(rec.states.at(HEX), expected);
     const Figures f = lf_only(replay::gf_figures(rec));
     EXPECT_LE(f.maxJump_m, replay::gf_allowedJump_m(145));
+
+    // The climb-out goes at full throttle with the spoilers of the landing
+    // stowed: the last commands from rotation to the end of the takeoff.
+    std::int32_t rotation = 0, climbedOut = 0;
+    for (const auto& sample : rec.samples) {
+        if (sample.state == FlightState::takeoff && rotation == 0) rotation = sample.tick;
+        if (sample.state == FlightState::flying && rotation != 0 && climbedOut == 0)
+            climbedOut = sample.tick;
+    }
+    ASSERT_NE(rotation, 0);
+    ASSERT_NE(climbedOut, 0);
+    std::int64_t throttle = -1, spoilers = -1;
+    for (const auto& e : rec.events) {
+        if (e.tick < rotation - 1 || e.tick >= climbedOut - 1) continue;
+        if (e.event == EVENT_THROTTLE_SET) throttle = e.value;
+        if (e.event == EVENT_SPOILERS_SET) spoilers = e.value;
+    }
+    EXPECT_EQ(throttle, 16383);
+    EXPECT_EQ(spoilers, 0);
 }
 
 }  // namespace tfx::test

@@ -125,3 +125,29 @@ TEST_F(TrafficTest, ARegcodeOfAnotherModelOfTheSameAirlineRespawnsWithANewLivery
     EXPECT_EQ(live(0x4C0555)->livery, "A321 livery");
     EXPECT_EQ(live(0x4C0555)->flightState, FlightState::flying);
 }
+
+TEST_F(TrafficTest, WithoutGuidChangesARegcodeChangeKeepsStateAndLivery) {
+    setOptions([](Options& o) { o.GUID_CHANGES = false; });
+    const std::uint16_t baw = gf_airlineIndex("BAW");
+    dbaseRecords = {{"G-EUAA", baw, 0, gf_modelIndex("A320"), false, true},
+                    {"G-EUBB", baw, 0, gf_modelIndex("A321"), false, true}};
+    for (int i = 0; i < 6; ++i) {
+        TrafficMessage m = airborne(0x4C0556, "BAW78", 1000.0 + 5 * i, 50.0 + 0.01 * i);
+        m.regcode = "G-EUAA";
+        deliver(m, gf_simTick() + 500 * i);
+    }
+    tick();
+    makeActive(0x4C0556, 62);
+
+    TrafficMessage m = airborne(0x4C0556, "BAW78", 1100, 50.2);
+    m.regcode = "G-EUBB";
+    deliver(m, gf_simTick() + 3000);
+    const LiveAircraft& ac = *live(0x4C0556);
+    EXPECT_EQ(ac.regcode, "G-EUBB");
+    // The object flies on as what it is: no respawn, so no new livery and
+    // no birth, which would end it at the first gap in its data.
+    EXPECT_EQ(ac.flightState, FlightState::flying);
+    EXPECT_EQ(ac.simState, SimState::active);
+    EXPECT_EQ(ac.livery, "A320 livery");
+    EXPECT_FALSE(logged("respawns because of"));
+}

@@ -48,10 +48,10 @@ void lf_takeContext(TrafficReaderState& s) {
     s.contextValid = true;
 }
 
-void lf_handOver(TrafficReaderState& s, int delay_s) {
+void lf_handOver(TrafficReaderState& s, int delay_s, BatchSink engine = &gf_handleTrafficBatch) {
     gf_mergeSeen(rtAppSeen, s.batchSeen);
     if (s.batch.empty()) return;
-    (s.sink ? s.sink : &gf_handleTrafficBatch)(s.batch, delay_s, true);
+    (s.sink ? s.sink : engine)(s.batch, delay_s, true);
     s.batch.clear();
     if (s.batch.capacity() < BATCH_RESERVE) s.batch.reserve(BATCH_RESERVE);
 }
@@ -112,7 +112,7 @@ void gf_processRTAppLine(TrafficReaderState& s, std::string_view line) {
             lf_handOver(s, LIVE_DELAY_S);
             s.contextValid = false;
         } else if (kind == "RTBUF_SEP") {
-            lf_handOver(s, BUFFER_PIECE_S * s.bufferCounter);
+            lf_handOver(s, BUFFER_PIECE_S * s.bufferCounter, &gf_handleHistoryBatch);
             ++s.bufferCounter;
         } else if (kind == "RTBUF_EOT") {
             s.bufferDone = true;
