@@ -11,7 +11,7 @@
 
 #include "app/exit_request.h"
 #include "app/run_state.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_client_internal.h"
 #include "sim/sim_queues.h"

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "app/exit_request.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_client_internal.h"
 #include "traffic/traffic_fixture.h"

@@ -1,5 +1,5 @@
 // Reading the built-in simulator's scenario file (format in the header).
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 
 #include <cmath>
 #include <cstdio>

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
-#include "sim/builtin_sim_vars.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim_vars.h"
 
 namespace tfx {
 

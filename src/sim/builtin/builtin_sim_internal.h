@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 
 namespace tfx::bsim {
 

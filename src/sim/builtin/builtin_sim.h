@@ -28,7 +28,7 @@
 #include <thread>
 #include <vector>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx {

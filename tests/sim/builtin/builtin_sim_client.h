@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx::test {

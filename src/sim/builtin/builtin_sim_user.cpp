@@ -2,8 +2,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx::bsim {
 

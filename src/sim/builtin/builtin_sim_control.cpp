@@ -6,9 +6,9 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx {
 

@@ -2,9 +2,9 @@
 // and the user aircraft flying its path.
 #include <gtest/gtest.h>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_client.h"
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;

@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 
 using namespace tfx;
 using namespace tfx::test;

@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;

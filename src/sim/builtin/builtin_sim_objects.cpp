@@ -5,9 +5,9 @@
 #include <cmath>
 #include <filesystem>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx {
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "sim/builtin_sim_recorder.h"
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_recorder.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 
 namespace tfx::bsim {
 

@@ -1,6 +1,6 @@
 // Simulation variables of the built-in simulator and the data blocks built
 // from them.
-#include "sim/builtin_sim_vars.h"
+#include "sim/builtin/builtin_sim_vars.h"
 
 #include <algorithm>
 #include <cctype>
