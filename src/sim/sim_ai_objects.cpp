@@ -70,6 +70,7 @@ void lf_objectAssigned(HANDLE handle, std::uint32_t requestId, std::uint32_t obj
     const PendingCreate created = std::move(it->second);
     pendingCreates.erase(it);
     packetRequests.erase(created.packetId);
+    lf_objectCreated(objectid);
 
     // From here on only this program moves the object: the simulator's AI
     // lets go, and the frame step sets every position.

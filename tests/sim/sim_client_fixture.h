@@ -33,6 +33,9 @@ protected:
         SimRunState = 0;
         runChoice = std::make_shared<const RunChoice>();
         ASSERT_TRUE(sim.loadScenario(egtkScenario()));
+        // Answers at known times; how the link copes with the rough
+        // simulator is tested on its own.
+        sim.setRoughness(SimRoughness::polite());
         sim.run();
         sim.loadFlight();
     }

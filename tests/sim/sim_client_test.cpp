@@ -222,12 +222,16 @@ TEST_F(SimClientTest, AFailedRequestStopsEveryCommandAndAsksForARestart) {
 }
 
 TEST_F(SimClientTest, UserPositionSetsClockAndObjectAndATeleportRestarts) {
+    const std::optional<SimObjectView> parked = sim.object(0);
+    ASSERT_TRUE(parked);
+    sim.teleportUser(0, 0);  // the position the simulator gives before a flight
     connect();
     gf_requestSimData(REQUEST_USER_ON_GROUND, 0);
     secondBeat = 0;
     step(1100);
     EXPECT_EQ(secondBeat.load(), 1) << "the beat comes before any position";
     EXPECT_EQ(userOnGround.load(), -1) << "no on-ground state at (0, 0)";
+    sim.teleportUser(parked->lat_deg, parked->lon_deg);
 
     gf_requestSimData(REQUEST_USER_POSITION, 0);
     step(50);

@@ -51,7 +51,10 @@ struct Record {
 
 class SimTestClient {
 public:
+    // Polite, so that the mechanics can be checked to the frame; the rough
+    // habits have tests of their own.
     explicit SimTestClient(BuiltinSimConfig config = {}) : sim(std::move(config)) {
+        sim.setRoughness(SimRoughness::polite());
         gf_setSimConnectApi(&sim);
     }
     ~SimTestClient() { gf_setSimConnectApi(nullptr); }

@@ -19,6 +19,7 @@ class BuiltinSimData : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(client.sim.loadScenario(egtkScenarioPath()));
+        client.sim.setRoughness(SimRoughness::polite());
         client.open();
         client.declareDefinitions();
     }

@@ -23,6 +23,7 @@ class BuiltinSimObjects : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(client.sim.loadScenario(egtkScenarioPath()));
+        client.sim.setRoughness(SimRoughness::polite());
         client.open();
         client.declareDefinitions();
         for (const auto& [id, name] : {std::pair{TEST_EVENT_OBJECT_ADDED, "ObjectAdded"},

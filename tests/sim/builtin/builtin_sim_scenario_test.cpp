@@ -81,6 +81,7 @@ TEST(BuiltinSimScenario, GroundIsFlatAtTheFieldAndBlendsAway) {
 TEST(BuiltinSimScenario, TheUserAircraftFliesItsPath) {
     BuiltinSim sim;
     ASSERT_TRUE(sim.loadScenario(egtkScenarioPath()));
+    sim.setRoughness(SimRoughness::polite());  // frames on the dot
     sim.run();
     sim.loadFlight();
     auto at = [&](std::int64_t t_s) {
