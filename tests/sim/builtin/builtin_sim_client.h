@@ -152,7 +152,7 @@ public:
     BuiltinSim sim;
     HANDLE handle = nullptr;
 
-private:
+    // A dispatch procedure that keeps a copy of each record.
     static void collect(SIMCONNECT_RECV* data, DWORD cbData, void* context) {
         auto* out = static_cast<std::vector<Record>*>(context);
         const auto* bytes = reinterpret_cast<const std::byte*>(data);
