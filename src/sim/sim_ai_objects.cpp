@@ -31,6 +31,7 @@ void lf_create(HANDLE handle, const CreateRequest& request) {
     pending.isLive = request.hexid > MAX_STATIC_HEXID;
     pending.callsign = request.callsign;
     pending.title = request.title;
+    pending.request = request;
 
     const SIMCONNECT_DATA_INITPOSITION init{request.lat,
                                             request.lon,

@@ -70,6 +70,7 @@ struct PendingCreate {
     std::uint32_t packetId = 0;
     std::string callsign;
     std::string title;
+    CreateRequest request;  // sent again when the connection is lost unanswered
 };
 extern std::unordered_map<std::uint32_t, PendingCreate> pendingCreates;  // by requestId
 extern std::unordered_map<std::uint32_t, std::uint32_t> packetRequests;  // packetId to requestId
@@ -105,8 +106,8 @@ void lf_connectionOpened();
 // Objects of this connection, as the simulator assigns and removes them.
 void lf_objectCreated(std::uint32_t objectid);
 void lf_objectGone(std::uint32_t objectid);
-// The connection is over: its objects are reported gone to the tick, and
-// the creates and packets of that connection forgotten.
+// The connection is over: its objects are reported gone to the tick, its
+// unanswered creates queued again for the next one.
 void lf_connectionLost();
 void lf_resetConnectionLife();
 

@@ -86,8 +86,15 @@ void lf_connectionLost() {
     }
     connectionObjects.clear();
     // Packet numbers start again with each connection: an old entry would
-    // match a new packet. Creates still unanswered never will be.
+    // match a new packet. Creates still unanswered never will be on this
+    // connection; their aircraft wait for them, so they go out again on the
+    // next one.
     packetRequests.clear();
+    if (!pendingCreates.empty()) {
+        gf_logLine(fmt::format("SimConnect: {} unanswered create{} sent again",
+                               pendingCreates.size(), pendingCreates.size() == 1 ? "" : "s"));
+    }
+    for (auto& [requestId, pending] : pendingCreates) gf_queueCreate(std::move(pending.request));
     pendingCreates.clear();
 }
 
