@@ -30,6 +30,10 @@ bool lf_flownByRules(AircraftCategory category) {
            category == AircraftCategory::Heavy;
 }
 
+std::filesystem::path lf_planPath(std::uint32_t objectid) {
+    return gf_dataFolder() / "orig_dest" / fmt::format("{}.pln", objectid);
+}
+
 bool lf_writePlan(const std::filesystem::path& path, const LiveAircraft& ac) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) return false;
@@ -51,8 +55,7 @@ bool lf_writePlan(const std::filesystem::path& path, const LiveAircraft& ac) {
 void gf_createFlightPlan(LiveAircraft& ac) {
     ac.hasFlightPlan = 0;
     if (!gf_isMSFS2020() || !ac.orig.known() || !ac.dest.known()) return;
-    const std::filesystem::path path =
-        gf_dataFolder() / "orig_dest" / fmt::format("{}.pln", ac.objectid);
+    const std::filesystem::path path = lf_planPath(ac.objectid);
     if (!lf_writePlan(path, ac)) {
         gf_logError(fmt::format("{} creating a flight plan failed",
                                 fmt::format("{:8} {} {}", gf_routeText(ac.orig, ac.dest),
@@ -61,6 +64,19 @@ void gf_createFlightPlan(LiveAircraft& ac) {
     }
     gf_queueFlightPlan(ac.objectid, path);
     ac.hasFlightPlan = 1;
+}
+
+void gf_removeFlightPlan(LiveAircraft& ac) {
+    if (ac.hasFlightPlan == 0 || ac.objectid == 0) return;
+    try {
+        std::error_code ec;
+        std::filesystem::remove(lf_planPath(ac.objectid), ec);
+        if (ec) gf_logError(fmt::format("gf_removeFlightPlan: {}", ec.message()));
+        ac.hasFlightPlan = 0;
+    } catch (const std::exception& e) {
+        gf_logError(fmt::format("{}: removing flight plan for {} failed: {}",
+                                "lf_cleanupLiveAircraft", ac.callsign, e.what()));
+    }
 }
 
 }  // namespace tfx

@@ -7,5 +7,8 @@ namespace tfx {
 
 // Called when the object identifier of a live aircraft arrives.
 void gf_createFlightPlan(LiveAircraft& ac);
+// When a live aircraft is cleaned up: its file goes. Failures are logged and
+// never stop the cleanup.
+void gf_removeFlightPlan(LiveAircraft& ac);
 
 }  // namespace tfx

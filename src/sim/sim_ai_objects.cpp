@@ -31,6 +31,7 @@ void lf_create(HANDLE handle, const CreateRequest& request) {
     pending.isLive = request.hexid > MAX_STATIC_HEXID;
     pending.callsign = request.callsign;
     pending.title = request.title;
+    pending.request = request;
 
     const SIMCONNECT_DATA_INITPOSITION init{request.lat,
                                             request.lon,
@@ -70,6 +71,7 @@ void lf_objectAssigned(HANDLE handle, std::uint32_t requestId, std::uint32_t obj
     const PendingCreate created = std::move(it->second);
     pendingCreates.erase(it);
     packetRequests.erase(created.packetId);
+    lf_objectCreated(objectid);
 
     // From here on only this program moves the object: the simulator's AI
     // lets go, and the frame step sets every position.

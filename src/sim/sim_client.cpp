@@ -117,6 +117,7 @@ void lf_run(const std::stop_token& stop) {
             continue;
         }
         if (!fineTimer) fineTimer.emplace();
+        lf_connectionOpened();
 
         DispatchContext context;
         lf_dispatchLoop(stop, handle, context);
@@ -125,6 +126,7 @@ void lf_run(const std::stop_token& stop) {
         lf_simIndicator(false);
         l_hsimconnect = nullptr;
         lf_closeConnection(handle, false);
+        lf_connectionLost();
 
         if (context.mismatch) {
             if (!simPinned.load()) {
@@ -207,6 +209,7 @@ void gf_resetSimClientState() {
     userTitle.clear();
     userModel.clear();
     previousUserPos = {};
+    lf_resetConnectionLife();
 }
 
 }  // namespace tfx

@@ -228,6 +228,7 @@ void lf_handle(SIMCONNECT_RECV& record, DWORD cbData, DispatchContext& context) 
             const auto& e = static_cast<SIMCONNECT_RECV_EVENT_OBJECT_ADDREMOVE&>(record);
             if (e.eObjType == SIMCONNECT_SIMOBJECT_TYPE_AIRCRAFT &&
                 e.uEventID == EVENT_OBJECT_REMOVED) {
+                lf_objectGone(e.dwData);
                 SimMessage m;
                 m.kind = SIM_OBJECT_REMOVED;
                 m.objectid = e.dwData;

@@ -50,6 +50,7 @@ void lf_sendPositions(HANDLE handle) {
 }
 
 void lf_request(HANDLE handle, const SimRequest& r) {
+    lf_requestServed(r.kind);
     auto onUser = [&](DWORD requestId, DWORD definition, SIMCONNECT_PERIOD period,
                       const char* failure) {
         if (gf_hrFailed(SimConnect_RequestDataOnSimObject(handle, requestId, definition,
@@ -173,6 +174,7 @@ void lf_requestFailed() {
 
 void lf_frameStep(HANDLE handle) {
     if (!lf_stopped()) lf_sendPositions(handle);
+    lf_keepUserDataFresh();
     lf_flush(handle);
 }
 

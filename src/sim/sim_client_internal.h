@@ -70,6 +70,7 @@ struct PendingCreate {
     std::uint32_t packetId = 0;
     std::string callsign;
     std::string title;
+    CreateRequest request;  // sent again when the connection is lost unanswered
 };
 extern std::unordered_map<std::uint32_t, PendingCreate> pendingCreates;  // by requestId
 extern std::unordered_map<std::uint32_t, std::uint32_t> packetRequests;  // packetId to requestId
@@ -94,5 +95,20 @@ void lf_createFailed(std::uint32_t packetId);
 void lf_userPositionReply(const SIMCONNECT_RECV_SIMOBJECT_DATA& record);
 void lf_userTitleReply(const SIMCONNECT_RECV_SIMOBJECT_DATA& record, DWORD cbData);
 void lf_userModelReply(const SIMCONNECT_RECV_SIMOBJECT_DATA& record);
+
+// ---- the connection's life (sim_connection_life.cpp) ----
+// At each frame: queues a user position request when one is due.
+void lf_keepUserDataFresh();
+// A request of this kind went out; periodic ones are repeated on reconnection.
+void lf_requestServed(std::uint32_t kind);
+// After the setup of a connection: the session's requests made again.
+void lf_connectionOpened();
+// Objects of this connection, as the simulator assigns and removes them.
+void lf_objectCreated(std::uint32_t objectid);
+void lf_objectGone(std::uint32_t objectid);
+// The connection is over: its objects are reported gone to the tick, its
+// unanswered creates queued again for the next one.
+void lf_connectionLost();
+void lf_resetConnectionLife();
 
 }  // namespace tfx

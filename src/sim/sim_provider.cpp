@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 
 namespace tfx {
 namespace {

@@ -5,7 +5,7 @@
 //
 // A provider implements SimConnectApi; the free functions at the bottom
 // forward to the provider set with gf_setSimConnectApi. Today's provider is
-// the built-in simulator (builtin_sim.h); one for the real simulator wraps the
+// the built-in simulator (builtin/builtin_sim.h); one for the real simulator wraps the
 // Windows library behind the same struct.
 //
 // Types are our own, laid out like the simulator's records, so a provider for

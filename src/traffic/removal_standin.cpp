@@ -1,6 +1,6 @@
 // STAND-IN for traffic limits and removal. The removal request, the purge and
 // the take-back of queued creates do what the tick needs; missing are the
-// stands' live marks, the flight plan files, the bulk removers (category,
+// stands' live marks, the bulk removers (category,
 // TCAS coverage, blocked aircraft, destination gate) and the object list file.
 // The real bodies replace this file.
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "sim/flight_plan.h"
 #include "sim/user_data.h"
 #include "traffic/geometry.h"
 #include "traffic/removal.h"
@@ -51,6 +52,7 @@ void removeAircraftFromSim(StaticAircraft& ac) {
 }
 
 void lf_cleanupLiveAircraft(LiveAircraft& ac) {
+    gf_removeFlightPlan(ac);
     lf_purgeAircraft(ac.hexid, ac.objectid);
 }
 

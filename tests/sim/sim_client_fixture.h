@@ -11,7 +11,7 @@
 
 #include "app/exit_request.h"
 #include "app/run_state.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_client_internal.h"
 #include "sim/sim_queues.h"
@@ -33,6 +33,9 @@ protected:
         SimRunState = 0;
         runChoice = std::make_shared<const RunChoice>();
         ASSERT_TRUE(sim.loadScenario(egtkScenario()));
+        // Answers at known times; how the link copes with the rough
+        // simulator is tested on its own.
+        sim.setRoughness(SimRoughness::polite());
         sim.run();
         sim.loadFlight();
     }

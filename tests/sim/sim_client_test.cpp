@@ -221,13 +221,50 @@ TEST_F(SimClientTest, AFailedRequestStopsEveryCommandAndAsksForARestart) {
     EXPECT_EQ(SimRunState.load(), 3);
 }
 
+// A simulator that crashes takes the connection's objects along without a
+// word; packet numbers and request answers of the dead connection mean
+// nothing on the next one.
+TEST_F(SimClientTest, ALostConnectionEndsItsObjectsAndSendsUnansweredCreatesAgain) {
+    connect();
+    gf_queueCreate(request("Airbus A320 Neo Asobo", LIVE_HEXID, false));
+    step(400);
+    const auto first = assigned(messages());
+    ASSERT_EQ(first.size(), 1u);
+    const std::uint32_t lostObject = first.begin()->second;
+    gf_queueCreate(request("Airbus A320 Neo Asobo", LIVE_HEXID + 1, false));
+    step(50);
+    ASSERT_EQ(pendingCreates.size(), 1u) << "sent, not yet answered";
+
+    sim.crash();
+    SimConnect_Close(handle);
+    handle = nullptr;
+    lf_connectionLost();
+    const auto gone = ofKind(messages(), SIM_OBJECT_REMOVED);
+    ASSERT_EQ(gone.size(), 1u);
+    EXPECT_EQ(gone[0].objectid, lostObject);
+    EXPECT_TRUE(packetRequests.empty());
+
+    sim.run();
+    sim.loadFlight();
+    connect();
+    step(400);
+    const auto again = assigned(messages());
+    ASSERT_EQ(again.size(), 1u) << dir.logText();
+    EXPECT_EQ(again.begin()->first, LIVE_HEXID + 1) << "the waiting aircraft got its object";
+    EXPECT_TRUE(pendingCreates.empty());
+}
+
 TEST_F(SimClientTest, UserPositionSetsClockAndObjectAndATeleportRestarts) {
+    const std::optional<SimObjectView> parked = sim.object(0);
+    ASSERT_TRUE(parked);
+    sim.teleportUser(0, 0);  // the position the simulator gives before a flight
     connect();
     gf_requestSimData(REQUEST_USER_ON_GROUND, 0);
     secondBeat = 0;
     step(1100);
     EXPECT_EQ(secondBeat.load(), 1) << "the beat comes before any position";
     EXPECT_EQ(userOnGround.load(), -1) << "no on-ground state at (0, 0)";
+    sim.teleportUser(parked->lat_deg, parked->lon_deg);
 
     gf_requestSimData(REQUEST_USER_POSITION, 0);
     step(50);

@@ -10,7 +10,7 @@
 #include "app/exit_request.h"
 #include "app/run_flags.h"
 #include "app/run_state.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_ids.h"
 #include "sim/sim_queues.h"

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "app/exit_request.h"
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_client_internal.h"
 #include "traffic/traffic_fixture.h"
@@ -26,6 +26,7 @@ protected:
         gf_resetSimClientState();
         gf_clearExitRequest();
         gf_setSimConnectApi(&sim);
+        sim.setRoughness(SimRoughness::polite());
         // The stand-in matcher names every title "<model> livery"; the
         // simulated installation knows only the titles a test lists.
         sim.setKnownTitles({{"A320 livery", "A320", std::nullopt, std::nullopt}});

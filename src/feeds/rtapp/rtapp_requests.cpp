@@ -56,6 +56,12 @@ RequestBox gf_parkedBox(LatLon c) {
 }
 
 void gf_sendPosition() {
+    // Each report asks for the user's data again, so that the next one is
+    // fresh; the reader's range centre follows the user with or without the
+    // TCP link.
+    const UserData user = gf_requestUserData();
+    if (lf_atZero(user.lat, user.lon)) return;
+    gf_publishReaderPosition(trafficReaderState);
     if (!params.PSX_SERVER_HERE.current) return;
     // Once the session closes the link goes down on purpose; the last ticks
     // must not report the application as gone.
@@ -64,9 +70,6 @@ void gf_sendPosition() {
     // built, and the UDP readers work alone. Asking for a new session here
     // would only loop.
     if (gf_options()->AEROWINX) return;
-    const UserData user = gf_userData();
-    if (lf_atZero(user.lat, user.lon)) return;
-    gf_publishReaderPosition(trafficReaderState);
     if (!appSocket.connected) {
         lf_appGone(fmt::format("{} RealTraffic App gone", gf_nowText()));
         return;

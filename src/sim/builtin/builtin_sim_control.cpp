@@ -6,9 +6,9 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx {
 
@@ -24,7 +24,6 @@ BuiltinSimConfig lf_checked(BuiltinSimConfig config) {
                                 config.frame_rate_hz));
         config.frame_rate_hz = 30;
     }
-    if (config.create_delay_ms < 0) config.create_delay_ms = 0;
     if (config.first_ai_object_id <= config.user_object_id) {
         config.first_ai_object_id = config.user_object_id + 1;
     }
@@ -37,11 +36,66 @@ void lf_notifySim(bsim::SimWorld& world, bool simulating) {
     bsim::gf_notify(world, simulating ? SystemEvent::SimStart : SystemEvent::SimStop, 0);
 }
 
+void lf_run(bsim::SimWorld& world) {
+    world.running = true;
+    world.frameOrigin_us = world.lastFrame_us = world.now_us;
+    world.frameCount = 0;
+    world.nextFrame_us = bsim::gf_nextFrameTime_us(world);
+    world.nextSecond_us = world.now_us + kSecond_us;
+}
+
+// The simulator process ends. A crash says nothing: its connections just
+// break, with whatever they had not dispatched lost.
+void lf_goAway(bsim::SimWorld& world, bool crash) {
+    for (auto& [id, connection] : world.connections) {
+        if (connection.dead) continue;
+        if (crash) {
+            connection.pending.clear();
+        } else {
+            bsim::gf_newRecordOf<SIMCONNECT_RECV_QUIT>(world, connection, SIMCONNECT_RECV_ID_QUIT);
+        }
+        connection.dead = true;
+    }
+    world.running = world.flightLoaded = world.paused = false;
+    world.creates.clear();
+    bsim::gf_removeAiObjects(world, 0);
+    bsim::gf_restartNumbering(world);
+    bsim::gf_placeUserAircraft(world);
+}
+
+void lf_loadFlight(bsim::SimWorld& world) {
+    if (world.flightLoaded && !world.paused) lf_notifySim(world, false);
+    bsim::gf_removeAiObjects(world, 0);
+    world.flightLoaded = true;
+    world.paused = false;
+    world.flightTime_us = 0;
+    ++world.flightCount;
+    bsim::gf_resetUserAircraft(world);
+    bsim::gf_notifyFlightLoaded(world,
+                                fmt::format("flights\\zept\\builtin{}.FLT", world.flightCount));
+    lf_notifySim(world, true);
+}
+
+// The scenario's restart: the simulator goes at a flight time and comes
+// back with the same flight a little later.
+void lf_scheduledRestart(bsim::SimWorld& world) {
+    const SimRoughness& r = world.scenario.rough;
+    if (world.restartDone || !r.restart_at_s || !world.flightLoaded ||
+        static_cast<double>(world.flightTime_us) < *r.restart_at_s * kSecond_us)
+        return;
+    world.restartDone = true;
+    gf_logLine(fmt::format("Built-in simulator: {} at {} s of flight time",
+                           r.restart_crash ? "crashes" : "quits", *r.restart_at_s));
+    lf_goAway(world, r.restart_crash);
+    world.comeBack_us = world.now_us + std::llround(r.restart_down_s * kSecond_us);
+}
+
 }  // namespace
 
 BuiltinSim::BuiltinSim(BuiltinSimConfig config) {
     world_.config = lf_checked(std::move(config));
     world_.nextObjectId = world_.config.first_ai_object_id;
+    world_.random.seed(world_.scenario.rough.seed);
     world_.recorder.limit = world_.config.max_recorded_positions;
     bsim::gf_resetUserAircraft(world_);
 }
@@ -63,7 +117,16 @@ void BuiltinSim::setScenario(Scenario scenario) {
     std::lock_guard lock(mutex_);
     if (!scenario.installed.empty()) world_.knownTitles = scenario.installed;
     world_.scenario = std::move(scenario);
+    world_.random.seed(world_.scenario.rough.seed);
+    world_.restartDone = false;
     bsim::gf_resetUserAircraft(world_);
+}
+
+void BuiltinSim::setRoughness(const SimRoughness& rough) {
+    std::lock_guard lock(mutex_);
+    world_.scenario.rough = rough;
+    world_.random.seed(rough.seed);
+    world_.restartDone = false;
 }
 
 void BuiltinSim::setKnownTitles(std::vector<KnownTitle> titles) {
@@ -74,26 +137,21 @@ void BuiltinSim::setKnownTitles(std::vector<KnownTitle> titles) {
 void BuiltinSim::run() {
     std::lock_guard lock(mutex_);
     if (world_.running) return;
-    world_.running = true;
-    world_.frameOrigin_us = world_.lastFrame_us = world_.now_us;
-    world_.frameCount = 0;
-    world_.nextFrame_us = world_.now_us + std::llround(kSecond_us / world_.config.frame_rate_hz);
-    world_.nextSecond_us = world_.now_us + kSecond_us;
+    world_.comeBack_us = -1;
+    lf_run(world_);
     wake_.notify_all();
 }
 
 void BuiltinSim::quit() {
     std::lock_guard lock(mutex_);
     if (!world_.running) return;
-    for (auto& [id, connection] : world_.connections) {
-        if (connection.dead) continue;
-        bsim::gf_newRecordOf<SIMCONNECT_RECV_QUIT>(world_, connection, SIMCONNECT_RECV_ID_QUIT);
-        connection.dead = true;
-    }
-    world_.running = world_.flightLoaded = world_.paused = false;
-    world_.creates.clear();
-    bsim::gf_removeAiObjects(world_, 0);
-    bsim::gf_placeUserAircraft(world_);
+    lf_goAway(world_, false);
+}
+
+void BuiltinSim::crash() {
+    std::lock_guard lock(mutex_);
+    if (!world_.running) return;
+    lf_goAway(world_, true);
 }
 
 void BuiltinSim::loadFlight() {
@@ -102,16 +160,7 @@ void BuiltinSim::loadFlight() {
         gf_logError("Built-in simulator: no flight can load while the simulator is not running");
         return;
     }
-    if (world_.flightLoaded && !world_.paused) lf_notifySim(world_, false);
-    bsim::gf_removeAiObjects(world_, 0);
-    world_.flightLoaded = true;
-    world_.paused = false;
-    world_.flightTime_us = 0;
-    ++world_.flightCount;
-    bsim::gf_resetUserAircraft(world_);
-    bsim::gf_notifyFlightLoaded(world_,
-                                fmt::format("flights\\zept\\builtin{}.FLT", world_.flightCount));
-    lf_notifySim(world_, true);
+    lf_loadFlight(world_);
 }
 
 void BuiltinSim::pause(bool paused) {
@@ -145,13 +194,20 @@ void BuiltinSim::teleportUser(double lat_deg, double lon_deg, std::optional<doub
 
 void BuiltinSim::stepTo(std::int64_t target_us) {
     if (target_us < world_.now_us) return;
-    while (world_.running && world_.nextFrame_us <= target_us) {
-        world_.now_us = world_.nextFrame_us;
-        runFrame();
-        ++world_.frameCount;
-        world_.nextFrame_us =
-            world_.frameOrigin_us + std::llround(static_cast<double>(world_.frameCount + 1) *
-                                                 kSecond_us / world_.config.frame_rate_hz);
+    for (;;) {
+        if (world_.running && world_.nextFrame_us <= target_us) {
+            world_.now_us = world_.nextFrame_us;
+            runFrame();
+            ++world_.frameCount;
+            if (world_.running) world_.nextFrame_us = bsim::gf_nextFrameTime_us(world_);
+        } else if (!world_.running && world_.comeBack_us >= 0 && world_.comeBack_us <= target_us) {
+            world_.now_us = world_.comeBack_us;
+            world_.comeBack_us = -1;
+            lf_run(world_);
+            lf_loadFlight(world_);
+        } else {
+            break;
+        }
     }
     world_.now_us = target_us;
 }
@@ -163,6 +219,8 @@ void BuiltinSim::runFrame() {
         world_.flightTime_us += dt_us;
         bsim::gf_placeUserAircraft(world_);
         bsim::gf_steerAiObjects(world_, static_cast<double>(dt_us) / kSecond_us);
+        lf_scheduledRestart(world_);
+        if (!world_.running) return;
     }
     bsim::gf_completeDueCreates(world_);
     const bool secondBoundary = world_.now_us >= world_.nextSecond_us;

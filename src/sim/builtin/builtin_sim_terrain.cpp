@@ -1,5 +1,5 @@
 // Ground altitude and static attitude of the built-in simulator.
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 #include <algorithm>
 #include <cmath>

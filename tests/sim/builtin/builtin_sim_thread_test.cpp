@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;

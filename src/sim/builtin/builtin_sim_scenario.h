@@ -25,6 +25,17 @@
 //       // "path": [ { "t_s": 0, "lat": .., "lon": .. },
 //       //           { "t_s": 90, "lat": .., "lon": .., "alt_ft": 1500 } ],
 //       // "loop": false                       // start over after the last point
+//     },
+//     "rough": {                               // how the simulator misbehaves;
+//       "seed": 7,                             // every field has a rough default,
+//       "frame_jitter": 0.35,                  // "rough": false makes it polite
+//       "stall_every_s": 20, "stall_ms": 450,
+//       "create_delay_ms": [80, 1800],         // answers come out of order
+//       "create_never_every": 25,              // 0: every create is answered
+//       "reuse_object_ids": true,
+//       "pressure_offset_ft": 190,             // indicated minus true altitude
+//       "restart_at_s": 300,                   // flight time; absent: never
+//       "restart_down_s": 3, "restart_crash": true   // crash: no QUIT record
 //     }
 //   }
 //
@@ -74,12 +85,41 @@ struct UserScenario {
     bool loop = false;
 };
 
+// The real simulator's habits that a client must live with. The defaults are
+// rough; the same seed gives the same run in stepped time.
+struct SimRoughness {
+    std::uint64_t seed = 7;
+    double frame_jitter = 0.35;  // each frame interval varies by up to this share
+    double stall_every_s = 20;   // a frame is late by stall_ms this often on average; 0: never
+    std::int64_t stall_ms = 450;
+    std::int64_t create_delay_min_ms = 80, create_delay_max_ms = 1800;
+    std::uint32_t create_never_every = 25;  // about one create in so many is never answered
+    bool reuse_object_ids = true;           // a removed object's id goes to a later one
+    double pressure_offset_ft = 190;        // "Indicated Altitude" minus "Plane Altitude"
+    std::optional<double> restart_at_s;     // flight time at which the simulator goes
+    double restart_down_s = 3;              // and comes back this much later
+    bool restart_crash = true;              // gone without a QUIT record
+
+    // Frames on the dot, creates answered after 250 ms in order, fresh ids.
+    static SimRoughness polite() {
+        SimRoughness r;
+        r.frame_jitter = 0;
+        r.stall_every_s = 0;
+        r.create_delay_min_ms = r.create_delay_max_ms = 250;
+        r.create_never_every = 0;
+        r.reuse_object_ids = false;
+        r.pressure_offset_ft = 0;
+        return r;
+    }
+};
+
 struct Scenario {
     std::int64_t start_utc_s = 1717243200;  // 2024-06-01 12:00:00Z
     double default_ground_ft = 0;
     std::vector<ScenarioAirport> airports;
     std::vector<KnownTitle> installed;
     UserScenario user;
+    SimRoughness rough;
 };
 
 // Reads a scenario file; nullopt (logged) when it can't be used.

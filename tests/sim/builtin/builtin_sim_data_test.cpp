@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 
 using namespace tfx;
 using namespace tfx::test;
@@ -19,6 +19,7 @@ class BuiltinSimData : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(client.sim.loadScenario(egtkScenarioPath()));
+        client.sim.setRoughness(SimRoughness::polite());
         client.open();
         client.declareDefinitions();
     }

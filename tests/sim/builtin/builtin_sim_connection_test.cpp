@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 
 using namespace tfx;
 using namespace tfx::test;

@@ -1,15 +1,21 @@
 // The user aircraft of the built-in simulator, flown by the scenario's path.
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx::bsim {
 
 namespace {
 
 constexpr double kFeetPerSecondPerKnot = 1.68781;
+constexpr double kMetresPerSecondPerKnot = 0.514444;
+constexpr double kGravity_mps2 = 9.80665;
+constexpr double kMaxBank_deg = 30;
+constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
 struct Fix {
     double lat_deg, lon_deg, alt_ft;
@@ -34,6 +40,25 @@ void lf_standStill(SimObject& u, const Fix& at, double heading_deg) {
 double lf_bearing(const PathPoint& a, const PathPoint& b, double fallback_deg) {
     if (gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) < 1e-6) return fallback_deg;
     return gf_initialBearingDeg(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg);
+}
+
+// The bank of a coordinated turn from this leg's heading to the next one's,
+// spread over this leg.
+double lf_bankDeg(const std::vector<PathPoint>& path, std::size_t leg, bool loop,
+                  double heading_deg, double gs_kt) {
+    std::size_t next = leg + 1;
+    if (next + 1 >= path.size()) {
+        if (!loop) return 0;
+        next = 0;
+    }
+    const double nextHeading_deg = lf_bearing(path[next], path[next + 1], heading_deg);
+    const double turn_deg = std::remainder(nextHeading_deg - heading_deg, 360.0);
+    const double legTime_s = path[leg + 1].t_s - path[leg].t_s;
+    if (legTime_s <= 0) return 0;
+    const double rate_rad_s = turn_deg / kRadToDeg / legTime_s;
+    const double bank_deg =
+        std::atan(gs_kt * kMetresPerSecondPerKnot * rate_rad_s / kGravity_mps2) * kRadToDeg;
+    return -std::clamp(bank_deg, -kMaxBank_deg, kMaxBank_deg);
 }
 
 }  // namespace
@@ -103,10 +128,12 @@ void gf_placeUserAircraft(SimWorld& world) {
     u.gs_kt = u.tas_kt =
         gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) / (dt_s / 3600.0);
     u.vs_fpm = onGround ? 0 : (fb.alt_ft - fa.alt_ft) / (dt_s / 60.0);
-    u.pitch_deg = onGround ? u.staticPitch_deg
-                           : std::atan2(u.vs_fpm / 60.0, u.gs_kt * kFeetPerSecondPerKnot) * 180.0 /
-                                 std::numbers::pi;
-    u.bank_deg = 0;
+    // The simulator's signs: nose up is a negative pitch, a right turn a
+    // negative bank.
+    u.pitch_deg = onGround
+                      ? u.staticPitch_deg
+                      : -std::atan2(u.vs_fpm / 60.0, u.gs_kt * kFeetPerSecondPerKnot) * kRadToDeg;
+    u.bank_deg = onGround ? 0 : lf_bankDeg(path, i, s.loop, u.heading_deg, u.gs_kt);
 }
 
 }  // namespace tfx::bsim

@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include "sim/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_client.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;
@@ -23,6 +23,7 @@ class BuiltinSimObjects : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(client.sim.loadScenario(egtkScenarioPath()));
+        client.sim.setRoughness(SimRoughness::polite());
         client.open();
         client.declareDefinitions();
         for (const auto& [id, name] : {std::pair{TEST_EVENT_OBJECT_ADDED, "ObjectAdded"},

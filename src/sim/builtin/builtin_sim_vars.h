@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 
 namespace tfx::bsim {
 
@@ -30,7 +30,8 @@ enum class VarFamily : std::uint8_t {
 struct VarContext {
     const SimObject& object;
     double ground_ft;
-    double zulu_s;  // simulator UTC, seconds since the epoch
+    double zulu_s;                 // simulator UTC, seconds since the epoch
+    double pressureOffset_ft = 0;  // what the altimeter reads above the true altitude
 };
 
 struct SimVarInfo {

@@ -1,6 +1,7 @@
 // Reading the built-in simulator's scenario file (format in the header).
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -199,6 +200,66 @@ bool lf_readUser(const json& item, std::string_view source, UserScenario& user) 
     return true;
 }
 
+bool lf_flag(const json& object, const char* key, bool fallback, std::string_view where) {
+    const auto it = object.find(key);
+    if (it == object.end()) return fallback;
+    if (!it->is_boolean()) {
+        gf_logError(fmt::format("{}: \"{}\" is not true or false, default kept", where, key));
+        return fallback;
+    }
+    return it->get<bool>();
+}
+
+// A number at least low; a bad one is logged and the default kept.
+double lf_atLeast(const json& object, const char* key, double fallback, double low,
+                  std::string_view where) {
+    const auto value = lf_number(object, key, fallback, where);
+    if (!value || *value < low) {
+        if (value) gf_logError(fmt::format("{}: \"{}\" below {}, default kept", where, key, low));
+        return fallback;
+    }
+    return *value;
+}
+
+void lf_readRough(const json& item, std::string_view source, SimRoughness& r) {
+    const std::string where = fmt::format("{}: rough", source);
+    if (item.is_boolean()) {
+        if (!item.get<bool>()) r = SimRoughness::polite();
+        return;
+    }
+    if (!item.is_object()) {
+        gf_logError(fmt::format("{} is not an object or true/false, defaults kept", where));
+        return;
+    }
+    r.seed =
+        static_cast<std::uint64_t>(lf_atLeast(item, "seed", static_cast<double>(r.seed), 0, where));
+    r.frame_jitter = std::min(0.45, lf_atLeast(item, "frame_jitter", r.frame_jitter, 0, where));
+    r.stall_every_s = lf_atLeast(item, "stall_every_s", r.stall_every_s, 0, where);
+    r.stall_ms =
+        std::llround(lf_atLeast(item, "stall_ms", static_cast<double>(r.stall_ms), 0, where));
+    if (const auto it = item.find("create_delay_ms"); it != item.end()) {
+        if (it->is_array() && it->size() == 2 && (*it)[0].is_number() && (*it)[1].is_number() &&
+            (*it)[0].get<double>() >= 0 && (*it)[1].get<double>() >= (*it)[0].get<double>()) {
+            r.create_delay_min_ms = std::llround((*it)[0].get<double>());
+            r.create_delay_max_ms = std::llround((*it)[1].get<double>());
+        } else {
+            gf_logError(
+                fmt::format("{}: \"create_delay_ms\" is not [low, high], default kept", where));
+        }
+    }
+    r.create_never_every = static_cast<std::uint32_t>(
+        lf_atLeast(item, "create_never_every", r.create_never_every, 0, where));
+    r.reuse_object_ids = lf_flag(item, "reuse_object_ids", r.reuse_object_ids, where);
+    if (const auto offset = lf_number(item, "pressure_offset_ft", r.pressure_offset_ft, where))
+        r.pressure_offset_ft = *offset;
+    if (item.contains("restart_at_s")) {
+        const double at = lf_atLeast(item, "restart_at_s", -1, 0, where);
+        if (at >= 0) r.restart_at_s = at;
+    }
+    r.restart_down_s = lf_atLeast(item, "restart_down_s", r.restart_down_s, 0, where);
+    r.restart_crash = lf_flag(item, "restart_crash", r.restart_crash, where);
+}
+
 }  // namespace
 
 std::optional<std::int64_t> gf_parseUtcText(std::string_view text) {
@@ -239,6 +300,7 @@ std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::stri
     }
     if (root.contains("airports")) lf_readAirports(root["airports"], source, out);
     if (root.contains("installed")) lf_readInstalled(root["installed"], source, out);
+    if (root.contains("rough")) lf_readRough(root["rough"], source, out.rough);
     if (!root.contains("user")) {
         gf_logError(fmt::format("{}: no \"user\" aircraft, scenario refused", source));
         return std::nullopt;

@@ -4,9 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 
 namespace tfx::bsim {
 
@@ -48,6 +49,17 @@ void gf_resetUserAircraft(SimWorld& world);
 // Puts the user aircraft where the scenario has it at the flight time, or at
 // (0, 0) while no flight is loaded.
 void gf_placeUserAircraft(SimWorld& world);
+
+// ---- roughness (builtin_sim_rough.cpp) ----
+// When the frame after frameCount comes: uneven, now and then after a stall.
+std::int64_t gf_nextFrameTime_us(SimWorld& world);
+// How long a create waits for its answer; nullopt: it never gets one.
+std::optional<std::int64_t> gf_createAnswerDelay_us(SimWorld& world);
+// The id of a new AI object, maybe one that a removed object had.
+DWORD gf_takeObjectId(SimWorld& world);
+void gf_freeObjectId(SimWorld& world, DWORD objectId);
+// A simulator that starts again numbers its objects from the start.
+void gf_restartNumbering(SimWorld& world);
 
 // ---- lookups (builtin_sim_objects.cpp) ----
 SimObject& gf_userAircraft(SimWorld& world);

@@ -2,9 +2,9 @@
 // and the user aircraft flying its path.
 #include <gtest/gtest.h>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_client.h"
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_client.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;
@@ -81,6 +81,7 @@ TEST(BuiltinSimScenario, GroundIsFlatAtTheFieldAndBlendsAway) {
 TEST(BuiltinSimScenario, TheUserAircraftFliesItsPath) {
     BuiltinSim sim;
     ASSERT_TRUE(sim.loadScenario(egtkScenarioPath()));
+    sim.setRoughness(SimRoughness::polite());  // frames on the dot
     sim.run();
     sim.loadFlight();
     auto at = [&](std::int64_t t_s) {

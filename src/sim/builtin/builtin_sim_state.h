@@ -7,19 +7,20 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
-#include "sim/builtin_sim_recorder.h"
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_recorder.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx {
 
 struct BuiltinSimConfig {
-    double frame_rate_hz = 30;           // "Frame" events per second
-    std::int64_t create_delay_ms = 250;  // from an AI create to its answer
+    double frame_rate_hz = 30;  // "Frame" events per second, on average
     // Name and versions in the OPEN record: "KittyHawk" is MSFS 2020,
     // "SunRise" MSFS 2024.
     std::string application_name = "KittyHawk";
@@ -168,8 +169,8 @@ struct SimWorld {
     bool paused = false;
     std::uint32_t flightCount = 0;
 
-    std::int64_t now_us = 0;  // simulator clock
-    std::int64_t frameOrigin_us = 0;
+    std::int64_t now_us = 0;          // simulator clock
+    std::int64_t frameOrigin_us = 0;  // frames fall on a grid from here
     std::int64_t frameCount = 0;
     std::int64_t nextFrame_us = 0;
     std::int64_t lastFrame_us = 0;
@@ -180,6 +181,10 @@ struct SimWorld {
     std::uintptr_t nextConnection = 1;
     std::map<DWORD, SimObject> objects;  // the user aircraft included
     DWORD nextObjectId = 1000;
+    std::deque<DWORD> freedIds;     // removed objects' ids, oldest first, for reuse
+    std::mt19937_64 random{7};      // the roughness, seeded by the scenario
+    bool restartDone = false;       // the scenario's restart happens once
+    std::int64_t comeBack_us = -1;  // after a scheduled restart: when it runs again
     std::vector<PendingCreate> creates;
     PositionRecorder recorder;
 };

@@ -1,5 +1,5 @@
 // Recording what the built-in simulator receives.
-#include "sim/builtin_sim_recorder.h"
+#include "sim/builtin/builtin_sim_recorder.h"
 
 #include <fstream>
 

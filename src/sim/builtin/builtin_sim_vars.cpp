@@ -1,6 +1,6 @@
 // Simulation variables of the built-in simulator and the data blocks built
 // from them.
-#include "sim/builtin_sim_vars.h"
+#include "sim/builtin/builtin_sim_vars.h"
 
 #include <algorithm>
 #include <cctype>
@@ -68,8 +68,8 @@ const SimVarInfo kVars[] = {
      [](Obj o, int, double v) { o.heading_deg = v; }, nullptr},
     {"PLANE ALTITUDE", VarFamily::Length, false, [](Ctx c, int) { return c.object.alt_ft; },
      [](Obj o, int, double v) { o.alt_ft = v; }, nullptr},
-    {"INDICATED ALTITUDE", VarFamily::Length, false, [](Ctx c, int) { return c.object.alt_ft; },
-     nullptr, nullptr},
+    {"INDICATED ALTITUDE", VarFamily::Length, false,
+     [](Ctx c, int) { return c.object.alt_ft + c.pressureOffset_ft; }, nullptr, nullptr},
     {"PLANE ALT ABOVE GROUND", VarFamily::Length, false, [](Ctx c, int) { return lf_agl(c); },
      nullptr, nullptr},
     {"GROUND ALTITUDE", VarFamily::Length, false, [](Ctx c, int) { return c.ground_ft; }, nullptr,

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <filesystem>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 
 namespace tfx {
 
@@ -39,9 +39,8 @@ SimObject lf_newObject(SimWorld& world, const bsim::PendingCreate& create,
                        const KnownTitle& known) {
     const bsim::StaticAttitude attitude = bsim::gf_staticAttitudeOf(known);
     const auto& init = create.init;
-    if (world.nextObjectId == world.config.user_object_id) ++world.nextObjectId;
     SimObject o;
-    o.objectId = world.nextObjectId++;
+    o.objectId = bsim::gf_takeObjectId(world);
     o.owner = create.connection;
     o.title = create.title;
     o.atcModel = known.model;
@@ -230,6 +229,7 @@ void gf_steerAiObjects(SimWorld& world, double dt_s) {
 
 void gf_removeObject(SimWorld& world, DWORD objectId) {
     if (world.objects.erase(objectId) == 0) return;
+    gf_freeObjectId(world, objectId);
     gf_notifyObject(world, SystemEvent::ObjectRemoved, objectId);
 }
 
@@ -252,8 +252,11 @@ HRESULT BuiltinSim::SimConnect_AICreateNonATCAircraft(HANDLE hSimConnect,
     std::lock_guard lock(mutex_);
     Connection* c = sending(hSimConnect);
     if (c == nullptr) return E_FAIL;
-    // The answer, an object or a refusal, comes after the simulator's delay.
-    world_.creates.push_back({world_.now_us + world_.config.create_delay_ms * 1000,
+    // The answer, an object or a refusal, comes after the simulator's delay,
+    // which varies, so that answers overtake one another; some never come.
+    const auto delay_us = bsim::gf_createAnswerDelay_us(world_);
+    if (!delay_us) return S_OK;
+    world_.creates.push_back({world_.now_us + *delay_us,
                               reinterpret_cast<std::uintptr_t>(hSimConnect), RequestID,
                               c->lastPacketId, szContainerTitle, szTailNumber, InitPos});
     return S_OK;

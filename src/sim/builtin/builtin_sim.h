@@ -12,6 +12,12 @@
 // real clock, like a simulator process; without the thread, advance() steps
 // the clock and the frames deterministically, for tests.
 //
+// Like the real one it is rough by default (see SimRoughness): pitch is
+// negative nose up and bank negative in a right turn, the altimeter reads
+// off the true altitude, frames come unevenly and stall, creates are
+// answered late, out of order or never, ids come back, and a scenario can
+// make it crash or quit and return in the middle of a flight.
+//
 // Not modelled: physics (a released object stays where it was put), weather,
 // ATC, echoes of client events to notification groups, the "tagged" data
 // format and the origin/interval/limit arguments of a data request. Facility
@@ -28,7 +34,7 @@
 #include <thread>
 #include <vector>
 
-#include "sim/builtin_sim_state.h"
+#include "sim/builtin/builtin_sim_state.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx {
@@ -64,10 +70,14 @@ public:
     void setScenario(Scenario scenario);
     // The titles an AI create may use.
     void setKnownTitles(std::vector<KnownTitle> titles);
+    // The habits alone, the seed started again (a scenario brings its own).
+    void setRoughness(const SimRoughness& rough);
 
     // ---- the simulator's life ----
     void run();   // the simulator starts: SimConnect_Open works from now on
     void quit();  // QUIT to every connection; SimConnect_Open fails again
+    // Gone without a word: the connections break, no QUIT record comes.
+    void crash();
     // A flight (re)loads: AI objects go, "FlightLoaded" then "Sim" 1.
     void loadFlight();
     void pause(bool paused);  // "Pause", and "Sim" 0 / 1

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/builtin_sim.h"
+#include "sim/builtin/builtin_sim.h"
 #include "sim/simconnect_api.h"
 
 namespace tfx::test {
@@ -51,7 +51,10 @@ struct Record {
 
 class SimTestClient {
 public:
+    // Polite, so that the mechanics can be checked to the frame; the rough
+    // habits have tests of their own.
     explicit SimTestClient(BuiltinSimConfig config = {}) : sim(std::move(config)) {
+        sim.setRoughness(SimRoughness::polite());
         gf_setSimConnectApi(&sim);
     }
     ~SimTestClient() { gf_setSimConnectApi(nullptr); }
@@ -149,7 +152,7 @@ public:
     BuiltinSim sim;
     HANDLE handle = nullptr;
 
-private:
+    // A dispatch procedure that keeps a copy of each record.
     static void collect(SIMCONNECT_RECV* data, DWORD cbData, void* context) {
         auto* out = static_cast<std::vector<Record>*>(context);
         const auto* bytes = reinterpret_cast<const std::byte*>(data);

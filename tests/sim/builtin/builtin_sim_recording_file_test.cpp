@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/file_replace.h"
-#include "sim/builtin_sim_recorder.h"
+#include "sim/builtin/builtin_sim_recorder.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;

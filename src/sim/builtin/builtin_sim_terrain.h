@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 
 namespace tfx::bsim {
 

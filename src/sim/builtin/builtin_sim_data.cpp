@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
-#include "sim/builtin_sim_terrain.h"
-#include "sim/builtin_sim_vars.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim_terrain.h"
+#include "sim/builtin/builtin_sim_vars.h"
 
 namespace tfx {
 
@@ -22,7 +22,8 @@ constexpr DWORD kMaxRadius_m = 200000;  // what the simulator searches at most
 bsim::VarContext lf_context(const SimWorld& world, const SimObject& object) {
     return {object, bsim::gf_groundAltitudeFt(world.scenario, object.lat_deg, object.lon_deg),
             static_cast<double>(world.scenario.start_utc_s) +
-                static_cast<double>(world.flightTime_us) / 1e6};
+                static_cast<double>(world.flightTime_us) / 1e6,
+            world.scenario.rough.pressure_offset_ft};
 }
 
 // One data record; with lastBlock and the "changed" flag, only when the block

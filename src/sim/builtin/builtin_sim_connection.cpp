@@ -8,8 +8,8 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
-#include "sim/builtin_sim.h"
-#include "sim/builtin_sim_internal.h"
+#include "sim/builtin/builtin_sim.h"
+#include "sim/builtin/builtin_sim_internal.h"
 
 namespace tfx {
 
