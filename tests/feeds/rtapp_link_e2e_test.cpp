@@ -230,8 +230,11 @@ TEST_F(RtAppRoad, AClientThatConnectsAndVanishesIsReplacedByTheNextOne) {
     start.join();
     EXPECT_TRUE(started);
     EXPECT_GE(real.stats.versionQuestions.load(), 1);
-    EXPECT_NE(dir.logText().find("RT App connection was stale, waiting for a new one ..."),
-              std::string::npos);
+    // Either the probe saw the first one fall, or the second one replaced it.
+    const std::string log = dir.logText();
+    EXPECT_TRUE(log.find("RT App connection was stale, waiting for a new one ...") !=
+                    std::string::npos ||
+                log.find("the new connection replaces the old one") != std::string::npos);
 }
 
 TEST_F(RtAppRoad, ClosingTheWindowEndsAWaitForTheApplication) {
