@@ -13,14 +13,14 @@
 namespace tfx {
 
 struct ComplaintRule {
-    std::uint32_t fullLines = 3;     // logged in full per period
-    std::int64_t period_s = 60;      // counts go out once per period
-    std::size_t maxKinds = 64;       // kinds beyond this share one counter
+    std::uint32_t fullLines = 3;  // logged in full per period
+    std::int64_t period_s = 60;   // counts go out once per period
+    std::size_t maxKinds = 64;    // kinds beyond this share one counter
 };
 
 struct ComplaintCount {
-    std::uint32_t logged = 0;       // full lines in this stretch
-    std::uint64_t suppressed = 0;   // since the last count line
+    std::uint32_t logged = 0;      // full lines in this stretch
+    std::uint64_t suppressed = 0;  // since the last count line
     std::uint64_t total = 0;
     std::int64_t periodStart_s = 0;
     bool seenThisPeriod = false;

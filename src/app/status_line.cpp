@@ -23,7 +23,8 @@ std::string lf_feedText() {
     if (!rtAppFeedConnected.load()) return "RT App waiting for the application";
     const std::int64_t silent_s = gf_trafficSilence_s();
     if (silent_s >= SILENT_FEED_S)
-        return fmt::format("RT App silent for {} s ({} datagrams)", silent_s, gf_trafficDatagrams());
+        return fmt::format("RT App silent for {} s ({} datagrams)", silent_s,
+                           gf_trafficDatagrams());
     return fmt::format("RT App connected ({} datagrams)", gf_trafficDatagrams());
 }
 

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -36,13 +37,22 @@ constexpr double EGTK_LAT = 51.8369, EGTK_LON = -1.3200;
 struct Handed {
     std::size_t count;
     int delay_s;
+    std::size_t withHeading = 0;
+    std::size_t groundWithHeading = 0;
+    std::size_t ground = 0;
 };
 std::mutex handedLock;
 std::vector<Handed> handed;
 
 void lf_record(std::vector<TrafficMessage>& batch, int delay_s, bool) {
+    Handed h{batch.size(), delay_s};
+    for (const auto& m : batch) {
+        h.withHeading += m.point.headingValid;
+        h.ground += m.point.inAir == 0;
+        h.groundWithHeading += m.point.inAir == 0 && m.point.headingValid;
+    }
     std::lock_guard lock(handedLock);
-    handed.push_back({batch.size(), delay_s});
+    handed.push_back(h);
     batch.clear();
 }
 
@@ -124,7 +134,8 @@ protected:
         qnh = 1013;
     }
 
-    standin::App& startApp(bool vanish = false, bool reconnect = false) {
+    standin::App& startApp(bool vanish = false, bool reconnect = false,
+                           std::function<void(standin::Config&)> adjust = {}) {
         auto app = std::make_unique<standin::App>();
         app->scene = scene_;
         app->config.tcpPort = gf_portNumber(rtAppEndpoints.tcpPort);
@@ -135,6 +146,7 @@ protected:
         app->config.qnh_hPa = 1021;
         app->config.vanish = vanish;
         app->config.reconnect = reconnect;
+        if (adjust) adjust(app->config);
         apps.push_back(std::move(app));
         standin::App& ref = *apps.back();
         appThreads.emplace_back([&ref] { standin::gf_runStandin(ref); });
@@ -275,6 +287,142 @@ TEST_F(RtAppRoad, WithoutTheTcpLinkTheReadersStillRun) {
     EXPECT_TRUE(lf_waitFor([&] { return !handedSoFar().empty(); }, 2s));
     EXPECT_EQ(handedSoFar().front().delay_s, 30);
     params.PSX_SERVER_HERE.current = true;
+}
+
+}  // namespace
+
+namespace {
+
+// The application as its public format allows: broadcast on the LAN, no end
+// markers, 43- and 44-field lines, tagged sources, "null" columns, stands
+// with their airport in front, and a network that repeats and reorders.
+TEST_F(RtAppRoad, PublicFormOnTheLanReachesTheEngine) {
+    std::string to;
+    standin::App& app = startApp(false, false, [&](standin::Config& c) {
+        to = standin::gf_usePublicForm(c);
+        c.cycle_ms = 400;
+        c.channel.duplicate = 0.1;
+        c.channel.reorder = 0.1;
+    });
+    if (to == "127.0.0.1") std::printf("no broadcast address on this machine: unicast\n");
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    EXPECT_TRUE(trafficReaderState.bufferDone);
+    EXPECT_TRUE(trafficReaderState.parkedDone);
+    // The history ended without its marker: reports drain again.
+    EXPECT_FALSE(appSocket.bufferRequested);
+
+    for (int i = 0; i < 20; ++i) {
+        gf_sendPosition();
+        std::this_thread::sleep_for(100ms);
+    }
+    ASSERT_TRUE(lf_waitFor(
+        [&] {
+            int live = 0;
+            for (const auto& x : handedSoFar()) live += x.delay_s == 30 && x.count > 0;
+            return live >= 3;
+        },
+        5s));
+    std::size_t messages = 0, withHeading = 0, ground = 0, groundWithHeading = 0;
+    for (const auto& x : handedSoFar()) {
+        messages += x.count;
+        withHeading += x.withHeading;
+        ground += x.ground;
+        groundWithHeading += x.groundWithHeading;
+        EXPECT_LE(x.count, MAX_BATCH);
+    }
+    // Every line carries a tagged source with a true heading.
+    EXPECT_EQ(withHeading, messages);
+    EXPECT_EQ(groundWithHeading, ground);
+
+    const auto parked = gf_takeParkedList(trafficReaderState);
+    ASSERT_FALSE(parked.empty());
+    for (const auto& p : parked) EXPECT_EQ(p.stand.find("EGTK_"), std::string::npos) << p.stand;
+    const std::string log = dir.logText();
+    const auto first = log.find("sends no end markers");
+    EXPECT_NE(first, std::string::npos);
+    EXPECT_EQ(log.find("sends no end markers", first + 1), std::string::npos);
+    EXPECT_FALSE(gf_exitRequest());
+    EXPECT_GE(app.reported.copy().size(), 20u);
+}
+
+// Two empty parked answers in a row are the same datagram twice; the second
+// must still finish its list.
+TEST_F(RtAppRoad, RepeatedEndMarkersStillCount) {
+    startApp(false, false, [](standin::Config& c) { c.cycle_ms = 60000; });
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    const RequestBox nowhere{10, 10, 10.1, 10.1};
+    for (int i = 0; i < 2; ++i) {
+        gf_requestParked(nowhere);
+        EXPECT_TRUE(lf_waitFor([] { return trafficReaderState.parkedDone.load(); }, 2s))
+            << "answer " << i;
+    }
+}
+
+// An application that accepts and never reads: the tick's reports never
+// wait on it, it is dropped, and the session starts over; closing is quick.
+TEST_F(RtAppRoad, APeerThatNeverReadsIsDroppedWithoutStoppingTheTick) {
+    rtAppTiming.clientSendBuffer = 4096;
+    rtAppTiming.sendLimit_ms = 1000;
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread accept([] { waitForClient(); });
+    SocketFd peer = gf_tcpSocket();
+    gf_setReceiveBufferSize(peer, 2048);
+    ASSERT_TRUE(gf_connectSocket(peer, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort)));
+    accept.join();
+    ASSERT_TRUE(appSocket.connected);
+
+    std::atomic<int> reports{0};
+    std::atomic<bool> stopReports{false};
+    std::thread tick([&] {
+        const std::string bulk(2000, 'x');
+        while (!stopReports && !gf_exitRequest()) {
+            gf_sendPosition();
+            sendDataPacket(bulk);  // fills the buffers in a second or two
+            ++reports;
+            std::this_thread::sleep_for(10ms);
+        }
+    });
+    const bool dropped = lf_waitFor([] { return gf_exitRequest() != nullptr; }, 10s);
+    stopReports = true;
+    const auto closing = std::chrono::steady_clock::now();
+    gf_closeRTApp();  // also wakes a report stuck in a send
+    EXPECT_LT(std::chrono::steady_clock::now() - closing, 1500ms);
+    tick.join();
+    gf_closeSocket(peer);
+    ASSERT_TRUE(dropped);
+    EXPECT_EQ(gf_exitRequest()->reason, ExitReason::NewSettings);
+    EXPECT_GT(reports.load(), 10);
+    EXPECT_NE(dir.logText().find("does not read the link"), std::string::npos);
+}
+
+// The application froze and connects again (woken, or restarted while its
+// old connection hangs): the new connection takes over at once.
+TEST_F(RtAppRoad, ANewConnectionReplacesAFrozenOne) {
+    std::thread frozen([] {
+        SocketFd s = gf_tcpSocket();
+        while (!gf_connectSocket(s, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort))) {
+            gf_closeSocket(s);
+            std::this_thread::sleep_for(20ms);
+            s = gf_tcpSocket();
+        }
+        gf_sendBytes(s, "{\"version\":\"frozen\"}\r\n");
+        // Never reads again and never closes while the test runs.
+        std::this_thread::sleep_for(3s);
+        gf_closeSocket(s);
+    });
+    rtAppTiming.bufferPolls = 2;
+    rtAppTiming.parkedPolls = 2;
+    rtAppTiming.firstTrafficPolls = 2;
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    standin::App& woken = startApp(false, false);
+    EXPECT_TRUE(lf_waitFor(
+        [&] {
+            gf_sendPosition();
+            return woken.stats.bufferRequests.load() >= 1 && woken.stats.positions.load() >= 1;
+        },
+        4s));
+    EXPECT_GE(woken.stats.versionQuestions.load(), 1);
+    frozen.join();
 }
 
 }  // namespace

@@ -87,7 +87,8 @@ void gf_takeAppClient(SocketFd client) {
         throw std::runtime_error(
             fmt::format("{} setsockopt failed with error {}", "waitForClient", error));
     }
-    if (rtAppTiming.clientSendBuffer > 0) gf_setSendBufferSize(client, rtAppTiming.clientSendBuffer);
+    if (rtAppTiming.clientSendBuffer > 0)
+        gf_setSendBufferSize(client, rtAppTiming.clientSendBuffer);
     {
         // Nothing meant for an earlier client goes to this one.
         std::lock_guard lock(linkSender.lock);

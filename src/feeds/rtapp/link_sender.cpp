@@ -102,9 +102,8 @@ void lf_run() {
         Outgoing item;
         {
             std::unique_lock lock(linkSender.lock);
-            linkSender.wake.wait_for(lock, std::chrono::milliseconds(IDLE_WAIT_MS), [] {
-                return linkSender.stop || !linkSender.queue.empty();
-            });
+            linkSender.wake.wait_for(lock, std::chrono::milliseconds(IDLE_WAIT_MS),
+                                     [] { return linkSender.stop || !linkSender.queue.empty(); });
             if (linkSender.queue.empty()) {
                 if (linkSender.stop) return;
                 lock.unlock();
@@ -115,6 +114,7 @@ void lf_run() {
             linkSender.queue.pop_front();
         }
         lf_send(item);
+        lf_takeReplacement();
     }
 }
 

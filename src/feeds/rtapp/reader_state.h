@@ -73,7 +73,7 @@ struct TrafficReaderState {
     std::int64_t batchStart_ms = 0;  // steady clock, first record of the batch
     std::unordered_set<std::uint32_t> batchHexids;
     std::int64_t cycle_ms = DEFAULT_CYCLE_MS;
-    bool liveMarkersSeen = false;   // an "RTTFC_EOT" came on this link
+    bool liveMarkersSeen = false;    // an "RTTFC_EOT" came on this link
     bool bufferMarkersSeen = false;  // an "RTBUF_SEP" or "RTBUF_EOT" came
     bool noMarkersLogged = false;
     std::int64_t parkedLast_ms = 0;  // last "RTPARK" line, 0 when none waits

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
-#include <thread>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "feeds/rtapp/rt_app_position.h"
 #include "platform/sockets.h"
@@ -20,7 +20,7 @@ namespace tfx {
 
 // Where the link and its readers live. Tests move them to free ports.
 struct RtAppEndpoints {
-    std::string address{ANY_ADDRESS};  // the interface listened and bound on
+    std::string address{ANY_ADDRESS};   // the interface listened and bound on
     std::uint16_t trafficPort = 49005;  // UDP
     std::uint16_t weatherPort = 49004;  // UDP
     std::string tcpPort;                // overrides PORT_NUMBER when not empty

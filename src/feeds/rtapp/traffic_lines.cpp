@@ -148,7 +148,8 @@ void lf_trafficLine(TrafficReaderState& s, BatchKind kind, std::int64_t now_ms) 
         gf_complain(s.complaints, "incomplete RT App message",
                     fmt::format("Ignoring incomplete RT App message: {} fields received, {} "
                                 "required: {}",
-                                s.fields.size(), RTTFC_MIN_FIELDS, lf_shortLine(s.fields)), now_ms / 1000);
+                                s.fields.size(), RTTFC_MIN_FIELDS, lf_shortLine(s.fields)),
+                    now_ms / 1000);
         return;
     }
     lf_beforeRecord(s, kind, now_ms);
@@ -197,7 +198,8 @@ void lf_parkedLine(TrafficReaderState& s, std::int64_t now_ms) {
         gf_complain(s.complaints, "incomplete RT App parked message",
                     fmt::format("Ignoring incomplete RT App message: {} fields received, {} "
                                 "required: {}",
-                                s.fields.size(), RTPARK_FIELDS, lf_shortLine(s.fields)), now_ms / 1000);
+                                s.fields.size(), RTPARK_FIELDS, lf_shortLine(s.fields)),
+                    now_ms / 1000);
         return;
     }
     if (!s.contextValid) lf_takeContext(s);
@@ -275,6 +277,7 @@ void gf_trafficReaderIdle(TrafficReaderState& s, std::int64_t now_ms) {
         if (!marked) lf_noteNoMarkers(s);
         lf_handOverUnmarked(s);
     }
+    lf_parkedRequestCheck(s);
     if (s.parkedLast_ms != 0 && !s.parkedMarkerSeen &&
         now_ms - s.parkedLast_ms >= lf_handoverWait_ms(s))
         lf_finishParked(s);

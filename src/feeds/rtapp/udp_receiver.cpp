@@ -62,7 +62,8 @@ void UdpReceiver::receiveLoop() {
         }
         const auto size = static_cast<std::size_t>(n);
         if (size >= RT_APP_BUFFER_SIZE) {
-            gf_complain(complaints, "buffer overrun", fmt::format("buffer overrun: {} bytes", size));
+            gf_complain(complaints, "buffer overrun",
+                        fmt::format("buffer overrun: {} bytes", size));
             continue;
         }
         buffer_[size] = '\0';
