@@ -426,3 +426,89 @@ TEST_F(RtAppRoad, ANewConnectionReplacesAFrozenOne) {
 }
 
 }  // namespace
+
+namespace {
+
+std::vector<std::string> lf_readLines(SocketFd s, std::size_t count) {
+    std::vector<std::string> lines;
+    std::string pending;
+    const auto until = std::chrono::steady_clock::now() + 3s;
+    while (lines.size() < count && std::chrono::steady_clock::now() < until) {
+        if (gf_waitReadable(s, 100) <= 0) continue;
+        char buffer[4096];
+        const auto n = gf_receiveBytes(s, buffer, sizeof buffer);
+        if (n <= 0) break;
+        pending.append(buffer, static_cast<std::size_t>(n));
+        std::size_t end;
+        while ((end = pending.find('\n')) != std::string::npos) {
+            lines.push_back(pending.substr(0, end + 1));
+            pending.erase(0, end + 1);
+        }
+    }
+    return lines;
+}
+
+std::vector<double> lf_numbers(std::string_view text) {
+    std::vector<double> out;
+    for (const auto& f : scenario::lf_split(text)) {
+        double v = 0;
+        if (scenario::lf_num(f, v)) out.push_back(v);
+    }
+    return out;
+}
+
+// The texts ZEPT sends, byte for byte, for a user climbing nose up (the
+// simulator gives pitch negative for nose up) in a right bank west of
+// Greenwich: the report turns the pitch's sign, keeps the bank's, and gives
+// west longitudes negative.
+TEST_F(RtAppRoad, TextsSentToTheApplication) {
+    UserData user;
+    user.lat = EGTK_LAT;
+    user.lon = EGTK_LON;
+    user.pitch = -0.05;
+    user.bank = 0.1;
+    user.heading = 1.5708;
+    user.indicatedAlt = 3500;
+    user.alt = 3520;
+    user.groundSpeed = 140;
+    user.zuluYear = 2026;
+    user.zuluDayOfYear = 329;
+    user.zuluTime = 36000;
+    gf_storeUserData(user);
+
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread accept([] { waitForClient(); });
+    SocketFd peer = gf_tcpSocket();
+    ASSERT_TRUE(gf_connectSocket(peer, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort)));
+    accept.join();
+
+    gf_sendPosition();
+    gf_sendSimTime(gf_simEpochMillis());
+    ASSERT_TRUE(gf_requestBuffer());
+    gf_requestParked(gf_parkedBox({EGTK_LAT, EGTK_LON}));
+    const auto lines = lf_readLines(peer, 4);
+    gf_closeSocket(peer);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0], "Qs121=5000;10000;1.570800;3500000;140000;0.904725;-0.023038\r\n");
+    EXPECT_EQ(lines[1], "Qs123=1795600800000\r\n");  // 25 Nov 2026 10:00:00Z
+
+    // South, west, north, east in degrees; 40 NM each way, 3 NM for parked.
+    ASSERT_TRUE(lines[2].starts_with("Qs999=sendbuffer=5,6,"));
+    EXPECT_TRUE(lines[2].ends_with("\n") && !lines[2].ends_with("\r\n"));
+    auto box = lf_numbers(lines[2].substr(21, lines[2].size() - 22));
+    ASSERT_EQ(box.size(), 4u);
+    EXPECT_NEAR(box[0], 51.170713, 1e-6);
+    EXPECT_NEAR(box[2], 52.503087, 1e-6);
+    EXPECT_NEAR(box[1], -2.399, 0.01);
+    EXPECT_NEAR(box[3], -0.241, 0.01);
+    ASSERT_TRUE(lines[3].starts_with("Qs999=sendparked,"));
+    EXPECT_TRUE(lines[3].ends_with("\r\n"));
+    box = lf_numbers(lines[3].substr(17, lines[3].size() - 19));
+    ASSERT_EQ(box.size(), 4u);
+    EXPECT_NEAR(box[0], 51.786936, 1e-6);
+    EXPECT_NEAR(box[2], 51.886864, 1e-6);
+    EXPECT_NEAR(box[1], -1.4009, 0.001);
+    EXPECT_NEAR(box[3], -1.2391, 0.001);
+}
+
+}  // namespace
