@@ -197,8 +197,7 @@ TEST_F(RtAppLines, ParkedListIsSwappedInWhole) {
 TEST(StandinRounds, EachRoundFliesUnderOtherTransponderCodes) {
     std::vector<std::string_view> f;
     const std::string first = standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320000);
-    const std::string second =
-        standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320240, 1);
+    const std::string second = standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320240, 1);
     gf_splitFields(first, f);
     const TrafficRecord a = gf_readTrafficFields(f);
     gf_splitFields(second, f);
@@ -301,7 +300,8 @@ TEST_F(RtAppLines, WithoutMarkersBatchesGoOutByCycle) {
     gf_trafficReaderIdle(state, now + 3100);
     ASSERT_EQ(handed.size(), 3u);
     EXPECT_EQ(handed[2].count, 1u);
-    EXPECT_EQ(dir.logText().find("sends no end markers"), dir.logText().rfind("sends no end markers"));
+    EXPECT_EQ(dir.logText().find("sends no end markers"),
+              dir.logText().rfind("sends no end markers"));
 
     // A flood of distinct aircraft within one cycle.
     for (std::uint32_t i = 0; i < MAX_BATCH + 10; ++i) at(traffic(4100000 + i), 0);

@@ -20,7 +20,10 @@ LinkSender linkSender;
 
 namespace {
 
-constexpr int IDLE_WAIT_MS = 100;
+// The thread looks at its queue this often. Callers do not wake it: a wake
+// is a system call on the caller's side, which the tick should not pay for
+// a report that may well wait a few milliseconds.
+constexpr int IDLE_WAIT_MS = 10;
 constexpr int WRITABLE_STEP_MS = 50;
 
 enum class SendResult { sent, failed, stalled };
@@ -137,7 +140,6 @@ bool sendDataPacket(std::string_view text, bool drainAfter) {
         lf_linkLog("RealTraffic client socket closed");
         return false;
     }
-    linkSender.wake.notify_one();
     return true;
 }
 
