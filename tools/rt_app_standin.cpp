@@ -3,6 +3,7 @@
 //
 //   rt_app_standin [--mode today|public] [--unicast] [--no-markers]
 //                  [--loss P] [--duplicate P] [--reorder P] [--positions FILE]
+//                  [--freeze AFTER_S FOR_S]
 //                  [--scenario FILE] [--tcp-port N] [--traffic-port N]
 //                  [--weather-port N] [--cycle-ms N] [--qnh HPA] [--start S]
 //                  [--once] [--no-loop] [--vanish] [--verbose]
@@ -33,7 +34,8 @@ void lf_onSignal(int) {
 int lf_usage() {
     fmt::print(stderr,
                "usage: rt_app_standin [--mode today|public] [--unicast] [--no-markers] [--loss P]\n"
-               "                      [--duplicate P] [--reorder P] [--positions FILE]\n"
+               "                      [--duplicate P] [--reorder P] [--positions FILE] "
+               "[--freeze AFTER_S FOR_S]\n"
                "                      [--scenario FILE] [--tcp-port N] [--traffic-port N] "
                "[--weather-port N]\n"
                "                      [--cycle-ms N] [--qnh HPA] [--start S] [--once] [--no-loop] "
@@ -67,7 +69,10 @@ int main(int argc, char** argv) {
             app.config.channel.duplicate = std::atof(argv[++i]);
         else if (arg == "--reorder" && hasValue)
             app.config.channel.reorder = std::atof(argv[++i]);
-        else if (arg == "--positions" && hasValue)
+        else if (arg == "--freeze" && i + 2 < argc) {
+            app.config.freezeAfter_s = std::atof(argv[++i]);
+            app.config.freezeFor_s = std::atof(argv[++i]);
+        } else if (arg == "--positions" && hasValue)
             positionsPath = argv[++i];
         else if (arg == "--scenario" && hasValue)
             path = argv[++i];

@@ -44,6 +44,10 @@ struct Config {
     bool vanish = false;        // connect, and close at once without a word
     bool reconnect = true;      // after "exit" or a lost connection, connect again
     bool verbose = false;
+    // A freeze: after this many seconds of a connection the application
+    // stops sending and reading for freezeFor_s, then goes on (negative: never).
+    double freezeAfter_s = -1;
+    double freezeFor_s = 0;
 };
 
 struct Box {
@@ -77,6 +81,7 @@ struct Stats {
     std::atomic<int> liveCycles{0};
     std::atomic<int> exits{0};
     std::atomic<int> datagrams{0};
+    std::atomic<int> freezes{0};
 };
 
 struct App {
@@ -299,8 +304,22 @@ inline void gf_runStandin(App& app) {
         auto nextCycle = s.wallStart + std::chrono::milliseconds(app.config.cycle_ms);
         auto nextWeather = s.wallStart;
         bool up = true;
+        bool frozeOnce = false;
         while (up && !app.stop.load()) {
-            const auto now = std::chrono::steady_clock::now();
+            auto now = std::chrono::steady_clock::now();
+            if (!frozeOnce && app.config.freezeAfter_s >= 0 &&
+                now - s.wallStart >= std::chrono::duration<double>(app.config.freezeAfter_s)) {
+                frozeOnce = true;
+                ++app.stats.freezes;
+                const auto until = now + std::chrono::duration_cast<std::chrono::milliseconds>(
+                                             std::chrono::duration<double>(app.config.freezeFor_s));
+                while (!app.stop.load() && std::chrono::steady_clock::now() < until)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                // Awake: what it sends now is of this moment, not a backlog.
+                now = std::chrono::steady_clock::now();
+                s.liveSent_s = lf_sceneNow(s) - app.config.cycle_ms / 1000.0;
+                nextCycle = now;
+            }
             if (now >= nextWeather) {
                 lf_send(s, app.config.weatherPort,
                         fmt::format("{{\"QNH\": {:.2f}}}", app.config.qnh_hPa));

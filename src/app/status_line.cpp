@@ -21,9 +21,8 @@ std::int32_t secondsSinceLine = 0;
 std::string lf_feedText() {
     if (gf_isRTDirect()) return "RT Direct";
     if (!rtAppFeedConnected.load()) return "RT App waiting for the application";
-    const std::int64_t silent_s = gf_trafficSilence_s();
-    if (silent_s >= SILENT_FEED_S)
-        return fmt::format("RT App silent for {} s ({} datagrams)", silent_s,
+    if (gf_trafficSilent())
+        return fmt::format("RT App silent for {} s ({} datagrams)", gf_trafficSilence_s(),
                            gf_trafficDatagrams());
     return fmt::format("RT App connected ({} datagrams)", gf_trafficDatagrams());
 }

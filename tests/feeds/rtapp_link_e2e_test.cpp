@@ -15,6 +15,9 @@
 #include "app/options.h"
 #include "app/parameters.h"
 #include "app/run_flags.h"
+#include "app/run_state.h"
+#include "app/status_line.h"
+#include "feeds/rtapp/rtapp_readers.h"
 #include "feeds/feed_start.h"
 #include "feeds/qnh.h"
 #include "feeds/rtapp/reader_state.h"
@@ -509,6 +512,36 @@ TEST_F(RtAppRoad, TextsSentToTheApplication) {
     EXPECT_NEAR(box[2], 51.886864, 1e-6);
     EXPECT_NEAR(box[1], -1.4009, 0.001);
     EXPECT_NEAR(box[3], -1.2391, 0.001);
+}
+
+}  // namespace
+
+namespace {
+
+// An application that freezes (stops sending and reading, keeps its
+// connection) and wakes: the status says the feed is silent, and on waking
+// the history is asked for again, as after a restart.
+TEST_F(RtAppRoad, AFrozenApplicationShowsSilentAndRecoversAsAfterARestart) {
+    rtAppTiming.silentFeed_ms = 1500;
+    standin::App& app = startApp(false, false, [](standin::Config& c) {
+        c.freezeAfter_s = 2.5;
+        c.freezeFor_s = 3;
+    });
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    ASSERT_TRUE(lf_waitFor([&] { return app.stats.freezes.load() == 1; }, 5s));
+    const auto before = runChoice.load();
+    RunChoice onTheApp = *before;
+    onTheApp.rtDirect = false;
+    runChoice.store(std::make_shared<const RunChoice>(onTheApp));
+    EXPECT_TRUE(lf_waitFor(
+        [] {
+            return gf_statusLineText({}).find("feed: RT App silent for") != std::string::npos;
+        },
+        3s));
+    runChoice.store(before);
+    EXPECT_TRUE(lf_waitFor([&] { return app.stats.bufferRequests.load() == 2; }, 6s));
+    EXPECT_NE(dir.logText().find("The RealTraffic feed is back after"), std::string::npos);
+    EXPECT_TRUE(lf_waitFor([] { return !gf_trafficSilent(); }, 2s));
 }
 
 }  // namespace

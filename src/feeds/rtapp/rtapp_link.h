@@ -37,6 +37,7 @@ struct RtAppTiming {
     int sendLimit_ms = 3000;      // a message that can't go out in this time drops the peer
     int exitLimit_ms = 500;       // what the closing "exit" may take
     int clientSendBuffer = 0;     // bytes; 0 keeps the system's size
+    int silentFeed_ms = 10000;    // no datagram this long: the feed shows as silent
 };
 extern RtAppTiming rtAppTiming;
 

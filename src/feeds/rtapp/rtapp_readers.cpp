@@ -42,7 +42,7 @@ public:
         TrafficReaderState& s = trafficReaderState;
         const std::int64_t now_ms = gf_steadyMillis();
         const std::int64_t last_ms = s.lastDatagram_ms.exchange(now_ms);
-        if (last_ms != 0 && now_ms - last_ms >= SILENT_FEED_S * 1000) {
+        if (last_ms != 0 && now_ms - last_ms >= rtAppTiming.silentFeed_ms) {
             // A frozen application woke up: what it sends now is live, and the
             // history fills the gap as it does after a restart.
             lf_linkLog(fmt::format("{} The RealTraffic feed is back after {} s of silence",
@@ -197,6 +197,11 @@ std::int64_t gf_trafficSilence_s() {
     const std::int64_t last = trafficReaderState.lastDatagram_ms.load();
     if (last == 0) return 0;
     return (gf_steadyMillis() - last) / 1000;
+}
+
+bool gf_trafficSilent() {
+    const std::int64_t last = trafficReaderState.lastDatagram_ms.load();
+    return last != 0 && gf_steadyMillis() - last >= rtAppTiming.silentFeed_ms;
 }
 
 std::uint32_t gf_trafficDatagrams() {

@@ -14,10 +14,10 @@ void gf_startTrafficReader();
 // Sets both stop flags and joins the weather thread, then the traffic thread.
 void gf_stopRTAppReaders();
 
-// A feed without a datagram for this long shows as silent.
-inline constexpr std::int64_t SILENT_FEED_S = 10;
 // Seconds since the last datagram on the traffic port; 0 before the first.
 std::int64_t gf_trafficSilence_s();
+// No datagram for longer than the link allows (10 s): a frozen application.
+bool gf_trafficSilent();
 
 // Datagrams counted by the traffic reader so far; the indicator compares them.
 std::uint32_t gf_trafficDatagrams();
