@@ -1,14 +1,21 @@
 // Plays the RealTraffic application on loopback from a scenario file, for
 // running ZEPT on the road "RT App" without the real application.
 //
-//   rt_app_standin [--scenario FILE] [--tcp-port N] [--traffic-port N]
+//   rt_app_standin [--mode today|public] [--unicast] [--no-markers]
+//                  [--loss P] [--duplicate P] [--reorder P] [--positions FILE]
+//                  [--freeze AFTER_S FOR_S]
+//                  [--scenario FILE] [--tcp-port N] [--traffic-port N]
 //                  [--weather-port N] [--cycle-ms N] [--qnh HPA] [--start S]
 //                  [--once] [--no-loop] [--vanish] [--verbose]
 //
+// --mode public: the real application's public forms (see
+// rt_app_standin_forms.h), broadcast on the LAN unless --unicast.
+// --positions: where to write the user positions ZEPT reported (lat,lon).
 // --start: the scenario's second at the connection (history lies before it).
 // A looped scenario flies each round under other transponder codes.
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 #include <fmt/format.h>
@@ -26,7 +33,10 @@ void lf_onSignal(int) {
 
 int lf_usage() {
     fmt::print(stderr,
-               "usage: rt_app_standin [--scenario FILE] [--tcp-port N] [--traffic-port N] "
+               "usage: rt_app_standin [--mode today|public] [--unicast] [--no-markers] [--loss P]\n"
+               "                      [--duplicate P] [--reorder P] [--positions FILE] "
+               "[--freeze AFTER_S FOR_S]\n"
+               "                      [--scenario FILE] [--tcp-port N] [--traffic-port N] "
                "[--weather-port N]\n"
                "                      [--cycle-ms N] [--qnh HPA] [--start S] [--once] [--no-loop] "
                "[--vanish] [--verbose]\n");
@@ -38,10 +48,33 @@ int lf_usage() {
 int main(int argc, char** argv) {
     tfx::standin::App app;
     std::string path = "data/rt_scenario_egtk.csv";
+    std::string positionsPath;
+    tfx::standin::Form form = tfx::standin::Form::today;
+    bool broadcast = true, markers = true;
+    int cycle_ms = 0;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         const bool hasValue = i + 1 < argc;
-        if (arg == "--scenario" && hasValue)
+        if (arg == "--mode" && hasValue) {
+            const auto f = tfx::standin::gf_formOf(argv[++i]);
+            if (!f) return lf_usage();
+            form = *f;
+        } else if (arg == "--unicast")
+            broadcast = false;
+        else if (arg == "--no-markers")
+            markers = false;
+        else if (arg == "--loss" && hasValue)
+            app.config.channel.loss = std::atof(argv[++i]);
+        else if (arg == "--duplicate" && hasValue)
+            app.config.channel.duplicate = std::atof(argv[++i]);
+        else if (arg == "--reorder" && hasValue)
+            app.config.channel.reorder = std::atof(argv[++i]);
+        else if (arg == "--freeze" && i + 2 < argc) {
+            app.config.freezeAfter_s = std::atof(argv[++i]);
+            app.config.freezeFor_s = std::atof(argv[++i]);
+        } else if (arg == "--positions" && hasValue)
+            positionsPath = argv[++i];
+        else if (arg == "--scenario" && hasValue)
             path = argv[++i];
         else if (arg == "--tcp-port" && hasValue)
             app.config.tcpPort = tfx::gf_portNumber(argv[++i]);
@@ -50,7 +83,7 @@ int main(int argc, char** argv) {
         else if (arg == "--weather-port" && hasValue)
             app.config.weatherPort = tfx::gf_portNumber(argv[++i]);
         else if (arg == "--cycle-ms" && hasValue)
-            app.config.cycle_ms = std::max(50, std::atoi(argv[++i]));
+            cycle_ms = std::max(50, std::atoi(argv[++i]));
         else if (arg == "--qnh" && hasValue)
             app.config.qnh_hPa = std::atof(argv[++i]);
         else if (arg == "--start" && hasValue)
@@ -66,6 +99,13 @@ int main(int argc, char** argv) {
         else
             return lf_usage();
     }
+    if (form == tfx::standin::Form::public_) {
+        const std::string to = tfx::standin::gf_usePublicForm(app.config, broadcast);
+        fmt::print("public form, datagrams to {}{}\n", to,
+                   app.config.udpAddress.empty() ? " (no broadcast address here: unicast)" : "");
+    }
+    if (!markers) app.config.markers = false;
+    if (cycle_ms > 0) app.config.cycle_ms = cycle_ms;
     if (app.config.tcpPort == 0 || app.config.trafficPort == 0 || app.config.weatherPort == 0)
         return lf_usage();
     int bad = 0;
@@ -88,5 +128,13 @@ int main(int argc, char** argv) {
         "exits {}\n",
         app.stats.connections.load(), app.stats.positions.load(), app.stats.bufferRequests.load(),
         app.stats.parkedRequests.load(), app.stats.liveCycles.load(), app.stats.exits.load());
+    if (!positionsPath.empty()) {
+        std::ofstream out(positionsPath + ".tmp");
+        out << "lat,lon\n";
+        for (const auto& [lat, lon] : app.reported.copy())
+            out << fmt::format("{:.6f},{:.6f}\n", lat, lon);
+        out.close();
+        std::rename((positionsPath + ".tmp").c_str(), positionsPath.c_str());
+    }
     return 0;
 }

@@ -14,15 +14,25 @@
 #include <string>
 #include <thread>
 
+#include <mutex>
+#include <utility>
+#include <vector>
+
 #include <fmt/format.h>
 
 #include "platform/sockets.h"
+#include "rt_app_standin_forms.h"
 #include "rt_scenario.h"
 
 namespace tfx::standin {
 
 struct Config {
-    std::string address = "127.0.0.1";
+    std::string address = "127.0.0.1";  // where ZEPT listens
+    std::string udpAddress;             // where datagrams go; empty: address
+    Form form = Form::today;
+    bool markers = true;           // end markers after cycles, history pieces and parked lists
+    std::string airport = "EGTK";  // in front of stand names in the public form
+    RoughChannel channel;
     std::uint16_t tcpPort = 10747;
     std::uint16_t trafficPort = 49005;
     std::uint16_t weatherPort = 49004;
@@ -34,12 +44,31 @@ struct Config {
     bool vanish = false;        // connect, and close at once without a word
     bool reconnect = true;      // after "exit" or a lost connection, connect again
     bool verbose = false;
+    // A freeze: after this many seconds of a connection the application
+    // stops sending and reading for freezeFor_s, then goes on (negative: never).
+    double freezeAfter_s = -1;
+    double freezeFor_s = 0;
 };
 
 struct Box {
     double south = -90, west = -180, north = 90, east = 180;
     bool contains(double lat, double lon) const {
         return lat >= south && lat <= north && lon >= west && lon <= east;
+    }
+};
+
+// The user positions ZEPT reported, in degrees, in the order they came.
+struct ReportedPositions {
+    std::mutex lock;
+    std::vector<std::pair<double, double>> latLon;
+    static constexpr std::size_t LIMIT = 200000;
+    void add(double lat, double lon) {
+        std::lock_guard guard(lock);
+        if (latLon.size() < LIMIT) latLon.emplace_back(lat, lon);
+    }
+    std::vector<std::pair<double, double>> copy() {
+        std::lock_guard guard(lock);
+        return latLon;
     }
 };
 
@@ -52,6 +81,7 @@ struct Stats {
     std::atomic<int> liveCycles{0};
     std::atomic<int> exits{0};
     std::atomic<int> datagrams{0};
+    std::atomic<int> freezes{0};
 };
 
 struct App {
@@ -59,6 +89,7 @@ struct App {
     scenario::Scenario scene;
     std::atomic<bool> stop{false};
     Stats stats;
+    ReportedPositions reported;
 };
 
 inline constexpr double HISTORY_PIECE_S = 6;
@@ -75,22 +106,40 @@ struct Session {
     std::string pending{};  // received, not yet a whole line
 };
 
+// The public form: no markers, one report per aircraft about every two
+// seconds, datagrams to the LAN's broadcast address where there is one
+// (else to the unicast address); returns where the datagrams go.
+inline std::string gf_usePublicForm(Config& c, bool broadcast = true) {
+    c.form = Form::public_;
+    c.markers = false;
+    c.cycle_ms = 2000;
+    if (broadcast) {
+        const auto addresses = gf_broadcastAddresses();
+        if (!addresses.empty()) c.udpAddress = addresses.front();
+    }
+    return c.udpAddress.empty() ? c.address : c.udpAddress;
+}
+
 inline double lf_sceneNow(const Session& s) {
     const std::chrono::duration<double> run = std::chrono::steady_clock::now() - s.wallStart;
     return s.app.config.startOffset_s + run.count();
 }
 
-inline void lf_send(Session& s, std::uint16_t port, const std::string& line) {
-    gf_sendDatagram(s.udp, line, s.app.config.address, port);
+inline void lf_sendNow(Session& s, std::uint16_t port, const std::string& line) {
+    const Config& c = s.app.config;
+    gf_sendDatagram(s.udp, line, c.udpAddress.empty() ? c.address : c.udpAddress, port);
     ++s.app.stats.datagrams;
-    if (s.app.config.verbose) fmt::print("udp {} {}\n", port, line);
+    if (c.verbose) fmt::print("udp {} {}\n", port, line);
 }
 
-// Each round of a looped scenario flies under other transponder codes, so
-// that the program sees new aircraft and the last round's ones fall silent.
-inline constexpr std::uint32_t ROUND_HEXID_BITS = 0xF00000;
-inline std::uint32_t gf_roundHexid(std::uint32_t hexid, long round) {
-    return hexid ^ ((static_cast<std::uint32_t>(round) << 20) & ROUND_HEXID_BITS);
+inline void lf_send(Session& s, std::uint16_t port, const std::string& line) {
+    if (port != s.app.config.trafficPort) return lf_sendNow(s, port, line);
+    s.app.config.channel.pass(line, [&](const std::string& d) { lf_sendNow(s, port, d); });
+}
+
+// An end marker, unless this application sends none.
+inline void lf_sendMarker(Session& s, const std::string& marker) {
+    if (s.app.config.markers) lf_send(s, s.app.config.trafficPort, marker);
 }
 
 // Every report with a (looped) offset in (from, to], in order, with its round.
@@ -110,40 +159,6 @@ void lf_reportsIn(const Session& s, double from, double to, Fn fn) {
     }
 }
 
-inline std::string gf_trafficLine(std::string_view kind, const scenario::Report& r, double epoch_s,
-                                  long round = 0) {
-    std::array<std::string, 44> f;
-    f[0] = kind;
-    f[1] = fmt::format("{}", gf_roundHexid(r.hexid, round));
-    f[2] = fmt::format("{:.6f}", r.lat);
-    f[3] = fmt::format("{:.6f}", r.lon);
-    f[4] = fmt::format("{:.0f}", r.alt_ft);
-    f[5] = fmt::format("{:.0f}", r.vs_fpm);
-    f[6] = r.alt_ft > 0 ? "1" : "0";
-    f[7] = fmt::format("{:.1f}", r.track_deg);
-    f[8] = fmt::format("{:.0f}", r.gs_kt);
-    f[9] = r.callsign;
-    f[10] = r.model;
-    f[11] = r.regcode;
-    f[12] = r.from;
-    f[13] = r.to;
-    f[14] = fmt::format("{:.2f}", epoch_s);
-    f[17] = "adsb_icao";
-    f[20] = fmt::format("{:.0f}", r.tas_kt);
-    f[23] = "0";
-    f[25] = fmt::format("{:.1f}", r.track_deg);
-    f[28] = r.category;
-    f[43] = r.airline;
-    std::string line = f[0];
-    for (std::size_t i = 1; i < f.size(); ++i) line += ',' + f[i];
-    return line;
-}
-
-inline std::string gf_parkedLine(const scenario::Parked& p, double epoch_s) {
-    return fmt::format("RTPARK,{:x},{:.6f},{:.6f},{},{},{},{},{:.0f}", p.hexid, p.lat, p.lon,
-                       p.callsign, p.model, p.regcode, p.stand, epoch_s);
-}
-
 inline std::optional<Box> lf_boxOf(std::string_view numbers) {
     const auto f = scenario::lf_split(numbers);
     if (f.size() < 4) return std::nullopt;
@@ -160,15 +175,16 @@ inline void lf_sendHistory(Session& s) {
     // seconds ago, so that history and live traffic join without a gap.
     for (int k = 0; k < HISTORY_PIECES; ++k) {
         const double to = now - 27 + HISTORY_PIECE_S * k;
-        lf_reportsIn(s, to - HISTORY_PIECE_S, to,
-                     [&](const scenario::Report& r, double at, long round) {
-                         if (!s.box || s.box->contains(r.lat, r.lon))
-                             lf_send(s, s.app.config.trafficPort,
-                                     gf_trafficLine("RTBUF", r, s.epochBase_s + at, round));
-                     });
-        lf_send(s, s.app.config.trafficPort, "RTBUF_SEP");
+        lf_reportsIn(
+            s, to - HISTORY_PIECE_S, to, [&](const scenario::Report& r, double at, long round) {
+                if (!s.box || s.box->contains(r.lat, r.lon))
+                    lf_send(
+                        s, s.app.config.trafficPort,
+                        gf_trafficLine("RTBUF", r, s.epochBase_s + at, round, s.app.config.form));
+            });
+        lf_sendMarker(s, "RTBUF_SEP");
     }
-    lf_send(s, s.app.config.trafficPort, "RTBUF_EOT");
+    lf_sendMarker(s, "RTBUF_EOT");
     s.liveSent_s = now - 3;
 }
 
@@ -176,8 +192,9 @@ inline void lf_sendParked(Session& s, const Box& box) {
     const double epoch = s.epochBase_s + lf_sceneNow(s);
     for (const auto& p : s.app.scene.parked)
         if (box.contains(p.lat, p.lon))
-            lf_send(s, s.app.config.trafficPort, gf_parkedLine(p, epoch));
-    lf_send(s, s.app.config.trafficPort, "RTPARK_EOT");
+            lf_send(s, s.app.config.trafficPort,
+                    gf_parkedLine(p, epoch, s.app.config.form, s.app.config.airport));
+    lf_sendMarker(s, "RTPARK_EOT");
 }
 
 inline void lf_sendLive(Session& s) {
@@ -185,9 +202,9 @@ inline void lf_sendLive(Session& s) {
     lf_reportsIn(s, s.liveSent_s, now, [&](const scenario::Report& r, double at, long round) {
         if (!s.box || s.box->contains(r.lat, r.lon))
             lf_send(s, s.app.config.trafficPort,
-                    gf_trafficLine("RTTFC", r, s.epochBase_s + at, round));
+                    gf_trafficLine("RTTFC", r, s.epochBase_s + at, round, s.app.config.form));
     });
-    lf_send(s, s.app.config.trafficPort, "RTTFC_EOT");
+    lf_sendMarker(s, "RTTFC_EOT");
     s.liveSent_s = now;
     ++s.app.stats.liveCycles;
 }
@@ -212,6 +229,8 @@ inline bool lf_request(Session& s, std::string_view line) {
             start = semi + 1;
         }
         double lat = 0, lon = 0;
+        if (n == 7 && scenario::lf_num(parts[5], lat) && scenario::lf_num(parts[6], lon))
+            s.app.reported.add(lat * 180 / std::numbers::pi, lon * 180 / std::numbers::pi);
         if (n == 7 && scenario::lf_num(parts[5], lat) && scenario::lf_num(parts[6], lon) && s.box) {
             // The box follows the user; its size stays what the buffer request asked.
             const double cLat = lat * 180 / std::numbers::pi, cLon = lon * 180 / std::numbers::pi;
@@ -275,6 +294,7 @@ inline void gf_runStandin(App& app) {
             return;
         }
         s.udp = gf_udpSocket();
+        gf_setBroadcast(s.udp);
         s.wallStart = std::chrono::steady_clock::now();
         const double epochNow =
             std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
@@ -284,8 +304,22 @@ inline void gf_runStandin(App& app) {
         auto nextCycle = s.wallStart + std::chrono::milliseconds(app.config.cycle_ms);
         auto nextWeather = s.wallStart;
         bool up = true;
+        bool frozeOnce = false;
         while (up && !app.stop.load()) {
-            const auto now = std::chrono::steady_clock::now();
+            auto now = std::chrono::steady_clock::now();
+            if (!frozeOnce && app.config.freezeAfter_s >= 0 &&
+                now - s.wallStart >= std::chrono::duration<double>(app.config.freezeAfter_s)) {
+                frozeOnce = true;
+                ++app.stats.freezes;
+                const auto until = now + std::chrono::duration_cast<std::chrono::milliseconds>(
+                                             std::chrono::duration<double>(app.config.freezeFor_s));
+                while (!app.stop.load() && std::chrono::steady_clock::now() < until)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                // Awake: what it sends now is of this moment, not a backlog.
+                now = std::chrono::steady_clock::now();
+                s.liveSent_s = lf_sceneNow(s) - app.config.cycle_ms / 1000.0;
+                nextCycle = now;
+            }
             if (now >= nextWeather) {
                 lf_send(s, app.config.weatherPort,
                         fmt::format("{{\"QNH\": {:.2f}}}", app.config.qnh_hPa));

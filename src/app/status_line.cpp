@@ -25,6 +25,9 @@ std::uint64_t allocatingTicksAtLine = 0;
 std::string lf_feedText() {
     if (gf_isRTDirect()) return "RT Direct";
     if (!rtAppFeedConnected.load()) return "RT App waiting for the application";
+    if (gf_trafficSilent())
+        return fmt::format("RT App silent for {} s ({} datagrams)", gf_trafficSilence_s(),
+                           gf_trafficDatagrams());
     return fmt::format("RT App connected ({} datagrams)", gf_trafficDatagrams());
 }
 

@@ -90,6 +90,10 @@ DecodeResult gf_decodeTraffic(const TrafficRecord& record, const DecodeContext& 
 std::optional<ParkedMessage> gf_decodeParked(const ParkedRecord& record,
                                              const ParkedContext& context);
 
+// A stand name without the airport in front: "YSSY_I61" is "I61". Names
+// without such a prefix stay as they are.
+std::string_view gf_plainStandName(std::string_view stand);
+
 bool gf_isAircraftMessage(std::string_view model, std::string_view category);
 // Empty when the text is not usable as a callsign.
 std::string gf_cleanCallsign(std::string_view text);

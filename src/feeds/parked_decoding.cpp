@@ -44,7 +44,19 @@ bool lf_categoryEnabled(std::uint16_t model, const Options& options) {
     return row.enabledBy == nullptr || options.*row.enabledBy;
 }
 
+bool lf_isCodeChar(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
 }  // namespace
+
+std::string_view gf_plainStandName(std::string_view stand) {
+    const std::size_t underscore = stand.find('_');
+    if (underscore != 4 || underscore + 1 >= stand.size()) return stand;
+    for (std::size_t i = 0; i < underscore; ++i)
+        if (!lf_isCodeChar(stand[i])) return stand;
+    return stand.substr(underscore + 1);
+}
 
 std::optional<ParkedMessage> gf_decodeParked(const ParkedRecord& r, const ParkedContext& ctx) {
     if (r.hexid < 10001 || !(r.timestamp >= 1) || r.model.empty()) return std::nullopt;
@@ -98,11 +110,14 @@ std::optional<ParkedMessage> gf_decodeParked(const ParkedRecord& r, const Parked
     if (!gf_isValidModel(gf_modelCode(p.aimo.model))) return std::nullopt;
     if (ctx.options && !lf_categoryEnabled(p.aimo.model, *ctx.options)) return std::nullopt;
 
-    if (r.stand.empty()) return std::nullopt;
-    p.stand = std::string(r.stand);
+    // The stand as the airport files name it, so that the user's stand and
+    // the planner's stands are recognised whatever the feed puts in front.
+    const std::string_view stand = gf_plainStandName(r.stand);
+    if (stand.empty()) return std::nullopt;
+    p.stand = std::string(stand);
     // The user's own stand is never given to a parked aircraft.
-    if ((!ctx.userStand.empty() && p.stand == ctx.userStand) ||
-        (!ctx.nearestStand.empty() && p.stand == ctx.nearestStand))
+    if ((!ctx.userStand.empty() && p.stand == gf_plainStandName(ctx.userStand)) ||
+        (!ctx.nearestStand.empty() && p.stand == gf_plainStandName(ctx.nearestStand)))
         return std::nullopt;
     return p;
 }

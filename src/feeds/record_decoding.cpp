@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "feeds/decode_context.h"
+#include "feeds/plausible_limits.h"
 #include "liveries/reference_db.h"
 
 namespace tfx {
@@ -44,6 +45,20 @@ double lf_tasByAltitude(double alt_ft) {
     for (const auto& row : TAS_BY_ALTITUDE)
         if (row.upTo_ft >= alt_ft) return row.tas_kt;
     return TAS_ABOVE_TABLE_KT;
+}
+
+void lf_checkPlausible(const PlausibleRange& range, double value) {
+    if (!gf_plausible(range, value))
+        throw ImplausibleValue(fmt::format("implausible {}: {:.6g}", range.field, value));
+}
+
+// Every value that moves the aircraft, before anything is built from it.
+void lf_checkPlausible(const TrafficRecord& r) {
+    lf_checkPlausible(ALTITUDE_LIMIT_FT, r.altitude);
+    lf_checkPlausible(GROUND_SPEED_LIMIT_KT, r.gs);
+    lf_checkPlausible(AIRSPEED_LIMIT_KT, r.TAS);
+    lf_checkPlausible(VERTICAL_SPEED_LIMIT_FPM, r.vs);
+    lf_checkPlausible(ROLL_LIMIT_DEG, r.roll);
 }
 
 bool lf_isAlnum(char c) {
@@ -101,6 +116,7 @@ DecodeResult gf_decodeTraffic(const TrafficRecord& r, const DecodeContext& ctx) 
     const double dlon = (ctx.lon - r.lon) * ctx.cosLat * 60;
     result.roundedTimestamp = static_cast<std::int64_t>(std::round(r.timestamp));
     if (ctx.options && dlat * dlat + dlon * dlon > ctx.options->rangeSquared_nm2) return result;
+    lf_checkPlausible(r);
 
     // 3, 4, 5. Registration and type.
     const std::string_view regcode = gf_usableRegcode(r.regcode);

@@ -27,18 +27,33 @@ void gf_startSeenCollection() {
 }
 
 void gf_addSeen(BatchSeen& batch, const SeenEntry& entry) {
-    if (!entry.callsign.empty()) batch.callsigns.insert(entry.callsign);
-    batch.hexids.insert(entry.hexid);
+    if (!entry.callsign.empty() && batch.callsigns.size() < MAX_SEEN)
+        batch.callsigns.insert(entry.callsign);
+    if (batch.hexids.size() < MAX_SEEN) batch.hexids.insert(entry.hexid);
 }
+
+namespace {
+
+template <typename Set>
+void lf_mergeBounded(Set& road, Set& batch) {
+    if (road.size() + batch.size() <= MAX_SEEN) {
+        road.merge(batch);
+        return;
+    }
+    for (auto it = batch.begin(); it != batch.end() && road.size() < MAX_SEEN; ++it)
+        road.insert(*it);
+}
+
+}  // namespace
 
 void gf_mergeSeen(SeenSets& road, BatchSeen& batch) {
     if (!batch.callsigns.empty()) {
         std::lock_guard lock(road.callsignLock);
-        road.callsigns.merge(batch.callsigns);
+        lf_mergeBounded(road.callsigns, batch.callsigns);
     }
     if (!batch.hexids.empty()) {
         std::lock_guard lock(road.hexidLock);
-        road.hexids.merge(batch.hexids);
+        lf_mergeBounded(road.hexids, batch.hexids);
     }
     batch.callsigns.clear();
     batch.hexids.clear();

@@ -12,6 +12,11 @@
 
 namespace tfx {
 
+// A road's sets hold at most this many entries each between two parking
+// updates; more aircraft than this are not heard in one place, so beyond it
+// is a flood, whose entries are not kept.
+inline constexpr std::size_t MAX_SEEN = 20000;
+
 // A batch's own sets: filled by the reader without a lock.
 struct BatchSeen {
     std::unordered_set<std::string> callsigns;

@@ -2,6 +2,8 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <ifaddrs.h>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -140,6 +142,14 @@ bool gf_setReceiveTimeout(SocketFd s, int timeout_ms) {
     return setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, &tv, sizeof tv) == 0;
 }
 
+bool gf_setSendBufferSize(SocketFd s, int bytes) {
+    return lf_setInt(s, SOL_SOCKET, SO_SNDBUF, bytes);
+}
+
+bool gf_setReceiveBufferSize(SocketFd s, int bytes) {
+    return lf_setInt(s, SOL_SOCKET, SO_RCVBUF, bytes);
+}
+
 bool gf_bindSocket(SocketFd s, const std::string& address, std::uint16_t port) {
     sockaddr_in a{};
     if (!lf_address(address, port, a)) {
@@ -185,6 +195,22 @@ int gf_waitReadable(SocketFd s, int timeout_ms) {
     return 1;
 }
 
+int gf_waitWritable(SocketFd s, int timeout_ms) {
+    pollfd p{s, POLLOUT, 0};
+    const int n = ::poll(&p, 1, timeout_ms);
+    if (n < 0) return errno == EINTR ? 0 : -1;
+    if (n == 0) return 0;
+    if (p.revents & POLLNVAL) {
+        errno = EBADF;
+        return -1;
+    }
+    return 1;
+}
+
+std::int64_t gf_sendBytesNow(SocketFd s, std::string_view data) {
+    return ::send(s, data.data(), data.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
 std::int64_t gf_sendBytes(SocketFd s, std::string_view data) {
     return ::send(s, data.data(), data.size(), MSG_NOSIGNAL);
 }
@@ -213,6 +239,35 @@ void gf_closeSocket(SocketFd& s) {
     ::shutdown(s, SHUT_RDWR);
     ::close(s);
     s = NO_SOCKET;
+}
+
+void gf_shutdownSocket(SocketFd s) {
+    if (s != NO_SOCKET) ::shutdown(s, SHUT_RDWR);
+}
+
+std::vector<std::string> gf_broadcastAddresses() {
+    std::vector<std::string> out;
+    ifaddrs* list = nullptr;
+    if (getifaddrs(&list) != 0) return out;
+    for (const ifaddrs* a = list; a; a = a->ifa_next) {
+        if (!a->ifa_addr || a->ifa_addr->sa_family != AF_INET) continue;
+        if (!(a->ifa_flags & IFF_UP) || (a->ifa_flags & IFF_LOOPBACK) ||
+            !(a->ifa_flags & IFF_BROADCAST) || !a->ifa_broadaddr)
+            continue;
+        char text[INET_ADDRSTRLEN] = {};
+        const auto* b = reinterpret_cast<const sockaddr_in*>(a->ifa_broadaddr);
+        if (inet_ntop(AF_INET, &b->sin_addr, text, sizeof text)) out.emplace_back(text);
+    }
+    freeifaddrs(list);
+    return out;
+}
+
+std::string gf_boundAddress(SocketFd s) {
+    sockaddr_in a{};
+    socklen_t len = sizeof a;
+    if (getsockname(s, reinterpret_cast<sockaddr*>(&a), &len) != 0) return {};
+    char text[INET_ADDRSTRLEN] = {};
+    return inet_ntop(AF_INET, &a.sin_addr, text, sizeof text) ? std::string(text) : std::string();
 }
 
 std::uint16_t gf_portNumber(std::string_view text) {

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Checks the outputs of one end-to-end run of ZEPT.
 
-Usage: check_run.py PROGRAM_FOLDER CONSOLE.txt SCENARIO.csv
+Usage: check_run.py PROGRAM_FOLDER CONSOLE.txt SCENARIO.csv [REPORTED.csv]
 
 PROGRAM_FOLDER holds Log.txt and motion.csv (the built-in simulator's
 recording); CONSOLE.txt is what the program printed; SCENARIO.csv the traffic
-the stand-in application played. Prints the figures it checked and exits 1
-when a check fails.
+the stand-in application played; REPORTED.csv the user positions the stand-in
+application was sent. Prints the figures it checked and exits 1 when a check
+fails.
 """
 import csv
 import math
@@ -20,6 +21,9 @@ MAX_BANK_DEG = 40.0        # the steepest bank limit of any category
 MAX_TURN_DEGPS = 12.0      # a coordinated turn at that bank, at 60 kt and up
 MAX_VS_FPM = 6000.0
 MAX_FRAME_JUMP_NM = 0.1    # nothing jumps between two frames
+# The user aircraft taxis out a minute after the start: its reported
+# position must move with it.
+USER_MOVES_NM = 0.05
 CLOSING_LINES = [
     "stop requested from the console",
     "Exiting: USER CLOSED SIM",
@@ -94,10 +98,21 @@ def last_status(console):
     return numbers
 
 
+def check_reported(path):
+    with open(path, encoding="utf-8") as f:
+        points = [{"lat": float(r["lat"]), "lon": float(r["lon"])} for r in csv.DictReader(f)]
+    check(len(points) > 50, f"the user position was reported ({len(points)} reports)")
+    if not points:
+        return
+    farthest = max(nm_between(points[0], p) for p in points)
+    check(farthest > USER_MOVES_NM,
+          f"the reported user position follows the user aircraft ({farthest:.2f} NM)")
+
+
 def main():
-    if len(sys.argv) != 4:
+    if len(sys.argv) not in (4, 5):
         sys.exit(__doc__)
-    folder, console_path, scenario_path = sys.argv[1:]
+    folder, console_path, scenario_path = sys.argv[1:4]
     console = open(console_path, encoding="utf-8", errors="replace").read()
     log = open(f"{folder}/Log.txt", encoding="utf-8", errors="replace").read()
 
@@ -134,6 +149,9 @@ def main():
     if objects:
         last_ms = max(p[-1]["t"] for p in objects.values())
         check(last_ms <= end_ms, "no position after the end")
+
+    if len(sys.argv) == 5:
+        check_reported(sys.argv[4])
 
     check("Traffic exception" not in log, "no traffic exception in the log")
     for line in CLOSING_LINES:

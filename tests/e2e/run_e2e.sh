@@ -22,8 +22,12 @@ trap cleanup EXIT
 mkdir -p "$work/data"
 
 # 25 s of live reports after the history, then silence: the scenario's last
-# half minute.
-"$build/rt_app_standin" --scenario "$src/data/rt_scenario_egtk.csv" --start 215 --no-loop \
+# half minute, in the real application's public form: broadcast on the LAN
+# (unicast where the machine has no broadcast address, as standin.txt says),
+# no end markers, repeated and reordered datagrams.
+"$build/rt_app_standin" --mode public --duplicate 0.05 --reorder 0.05 \
+  --positions "$work/reported.csv" \
+  --scenario "$src/data/rt_scenario_egtk.csv" --start 215 --no-loop \
   >"$work/standin.txt" 2>&1 &
 standin_pid=$!
 
@@ -66,8 +70,14 @@ wait "$zept_pid" || status=$?
 zept_pid=""
 echo "ZEPT ended with exit code $status"
 
+# The stand-in writes the positions it was sent when it ends.
+kill -TERM "$standin_pid" 2>/dev/null || true
+wait "$standin_pid" 2>/dev/null || true
+standin_pid=""
+head -1 "$work/standin.txt"
+
 if ! python3 "$src/tests/e2e/check_run.py" "$work/program" "$work/console.txt" \
-     "$src/data/rt_scenario_egtk.csv"; then
+     "$src/data/rt_scenario_egtk.csv" "$work/reported.csv"; then
   keep=1
   exit 1
 fi

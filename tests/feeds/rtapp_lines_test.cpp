@@ -156,7 +156,7 @@ TEST_F(RtAppLines, BadLinesAreSkippedAndTheReaderGoesOn) {
     EXPECT_EQ(handed[0].count, 1u);
     const std::string log = dir.logText();
     EXPECT_NE(
-        log.find("Ignoring incomplete RT App message: 4 fields received, 44 required: RTTFC,1,2,3"),
+        log.find("Ignoring incomplete RT App message: 4 fields received, 43 required: RTTFC,1,2,3"),
         std::string::npos);
     EXPECT_NE(log.find("exception in processLine: altitude:3e5x"), std::string::npos);
 }
@@ -197,8 +197,7 @@ TEST_F(RtAppLines, ParkedListIsSwappedInWhole) {
 TEST(StandinRounds, EachRoundFliesUnderOtherTransponderCodes) {
     std::vector<std::string_view> f;
     const std::string first = standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320000);
-    const std::string second =
-        standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320240, 1);
+    const std::string second = standin::gf_trafficLine("RTTFC", lf_report(4199306), 1732320240, 1);
     gf_splitFields(first, f);
     const TrafficRecord a = gf_readTrafficFields(f);
     gf_splitFields(second, f);
@@ -208,3 +207,131 @@ TEST(StandinRounds, EachRoundFliesUnderOtherTransponderCodes) {
     EXPECT_LE(b.hexid, 0xFFFFFFu);  // still a transponder code
     EXPECT_EQ(standin::gf_roundHexid(4199306, 16), 4199306u);
 }
+
+namespace {
+
+// What the public form of the application sends beyond today's lines.
+TEST_F(RtAppLines, ShortLinesTaggedSourcesAndAbsentColumns) {
+    std::string line43 = traffic(4000001);
+    line43.erase(line43.rfind(','));  // no airline field
+    std::vector<std::string_view> f;
+    gf_splitFields(line43, f);
+    ASSERT_EQ(f.size(), 43u);
+    TrafficRecord r = gf_readTrafficFields(f);
+    EXPECT_TRUE(r.airline.empty());
+
+    std::string tagged = traffic(4000002);
+    tagged.replace(tagged.find("adsb_icao"), 9, "F_adsb_icao");
+    gf_splitFields(tagged, f);
+    f[5] = "null";   // vertical speed
+    f[20] = "null";  // true airspeed
+    f[23] = "null";  // roll
+    r = gf_readTrafficFields(f);
+    EXPECT_EQ(r.source, "adsb_icao");
+    EXPECT_DOUBLE_EQ(r.trueheading, 187);
+    EXPECT_DOUBLE_EQ(r.vs, 0);
+    EXPECT_DOUBLE_EQ(r.TAS, -1);
+    EXPECT_EQ(gf_plainSource("adsb_icao_nt"), "adsb_icao_nt");
+    EXPECT_EQ(gf_plainSource("X_adsb_icao"), "adsb_icao");
+    EXPECT_EQ(gf_plainSource("mlat"), "mlat");
+
+    line(line43);
+    line(tagged);
+    line("RTTFC_EOT");
+    ASSERT_EQ(handed.size(), 1u);
+    EXPECT_EQ(handed[0].count, 2u);
+}
+
+TEST_F(RtAppLines, ImplausibleValuesAreRefusedCountedAndQuiet) {
+    auto with = [&](std::uint32_t hexid, std::size_t field, const std::string& text) {
+        std::vector<std::string_view> f;
+        const std::string good = traffic(hexid);
+        gf_splitFields(good, f);
+        std::string out;
+        for (std::size_t i = 0; i < f.size(); ++i)
+            out += (i ? "," : "") + (i == field ? text : std::string(f[i]));
+        return out;
+    };
+    const std::string bad[] = {with(4000001, 4, "1e308"), with(4000002, 4, "2100000000"),
+                               with(4000003, 5, "1e300"), with(4000004, 8, "99999"),
+                               with(4000005, 23, "400")};
+    for (int round = 0; round < 200; ++round)
+        for (const auto& b : bad) line(b);
+    line(with(4000006, 4, "41000"));  // high, but flown
+    line("RTTFC_EOT");
+    ASSERT_EQ(handed.size(), 1u);
+    EXPECT_EQ(handed[0].count, 1u);
+    EXPECT_EQ(state.implausible.load(), 1000u);
+    const std::string log = dir.logText();
+    EXPECT_NE(log.find("implausible altitude: 1e+308"), std::string::npos);
+    std::size_t lines = 0;
+    for (auto at = log.find("implausible"); at != std::string::npos;
+         at = log.find("implausible", at + 1))
+        ++lines;
+    EXPECT_LE(lines, 3u);  // a thousand refusals, three lines
+}
+
+// Without end markers: an aircraft that reports again closes the cycle, a
+// batch that waited a cycle goes out, none grows past its bound, and the
+// history ends when live traffic comes.
+TEST_F(RtAppLines, WithoutMarkersBatchesGoOutByCycle) {
+    std::int64_t now = 1000000;
+    auto at = [&](const std::string& text, std::int64_t step_ms) {
+        now += step_ms;
+        gf_processRTAppLine(state, text, now);
+    };
+    at(traffic(4000001, "RTBUF"), 0);
+    at(traffic(4000001, "RTBUF"), 10);  // history repeats aircraft: one batch
+    at(traffic(4000002), 10);           // live traffic ends the history
+    EXPECT_TRUE(state.bufferDone);
+    ASSERT_EQ(handed.size(), 1u);
+    EXPECT_EQ(handed[0].count, 2u);
+    EXPECT_NE(handed[0].delay_s, 30);
+
+    at(traffic(4000003), 500);
+    at(traffic(4000002), 1500);  // reports again: the cycle was 2 s
+    ASSERT_EQ(handed.size(), 2u);
+    EXPECT_EQ(handed[1].count, 2u);
+    EXPECT_EQ(handed[1].delay_s, 30);
+
+    // One aircraft, then silence: handed over after 1.5 cycles at most.
+    gf_trafficReaderIdle(state, now + 1000);
+    EXPECT_EQ(handed.size(), 2u);
+    gf_trafficReaderIdle(state, now + 3100);
+    ASSERT_EQ(handed.size(), 3u);
+    EXPECT_EQ(handed[2].count, 1u);
+    EXPECT_EQ(dir.logText().find("sends no end markers"),
+              dir.logText().rfind("sends no end markers"));
+
+    // A flood of distinct aircraft within one cycle.
+    for (std::uint32_t i = 0; i < MAX_BATCH + 10; ++i) at(traffic(4100000 + i), 0);
+    for (const auto& h : handed) EXPECT_LE(h.count, MAX_BATCH);
+    EXPECT_EQ(handed.back().count, MAX_BATCH);
+}
+
+// A new request drops a list that an answer before it had begun; stands
+// come without the airport in front.
+TEST_F(RtAppLines, ParkedListsFollowTheLatestRequest) {
+    gf_modelIndex("A320");
+    validModels.insert("A320");
+    line("RTPARK,4CA1F2,51.84,-1.31,EIN12,A320,EI-DEA,EGTK_305,1732320000");
+    ++state.parkedRequests;  // what gf_requestParked does
+    line("RTPARK,4CA1F3,51.84,-1.31,EIN13,A320,EI-DEB,EGTK_306,1732320000");
+    line("RTPARK_EOT");
+    auto parked = gf_takeParkedList(state);
+    ASSERT_EQ(parked.size(), 1u);
+    EXPECT_EQ(parked[0].stand, "306");
+
+    // The user's stand, with or without the airport, is never handed out.
+    state.position.userStand = "EGTK_307";
+    state.contextValid = false;
+    line("RTPARK,4CA1F4,51.84,-1.31,EIN14,A320,EI-DEC,307,1732320000");
+    line("RTPARK,4CA1F5,51.84,-1.31,EIN15,A320,EI-DED,EGTK_307,1732320000");
+    line("RTPARK_EOT");
+    EXPECT_TRUE(gf_takeParkedList(state).empty());
+    EXPECT_EQ(gf_plainStandName("YSSY_I61"), "I61");
+    EXPECT_EQ(gf_plainStandName("A_12"), "A_12");
+    EXPECT_EQ(gf_plainStandName("egtk_12"), "egtk_12");
+}
+
+}  // namespace

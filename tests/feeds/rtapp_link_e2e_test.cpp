@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -14,6 +15,9 @@
 #include "app/options.h"
 #include "app/parameters.h"
 #include "app/run_flags.h"
+#include "app/run_state.h"
+#include "app/status_line.h"
+#include "feeds/rtapp/rtapp_readers.h"
 #include "feeds/feed_start.h"
 #include "feeds/qnh.h"
 #include "feeds/rtapp/reader_state.h"
@@ -36,13 +40,22 @@ constexpr double EGTK_LAT = 51.8369, EGTK_LON = -1.3200;
 struct Handed {
     std::size_t count;
     int delay_s;
+    std::size_t withHeading = 0;
+    std::size_t groundWithHeading = 0;
+    std::size_t ground = 0;
 };
 std::mutex handedLock;
 std::vector<Handed> handed;
 
 void lf_record(std::vector<TrafficMessage>& batch, int delay_s, bool) {
+    Handed h{batch.size(), delay_s};
+    for (const auto& m : batch) {
+        h.withHeading += m.point.headingValid;
+        h.ground += m.point.inAir == 0;
+        h.groundWithHeading += m.point.inAir == 0 && m.point.headingValid;
+    }
     std::lock_guard lock(handedLock);
-    handed.push_back({batch.size(), delay_s});
+    handed.push_back(h);
     batch.clear();
 }
 
@@ -124,7 +137,8 @@ protected:
         qnh = 1013;
     }
 
-    standin::App& startApp(bool vanish = false, bool reconnect = false) {
+    standin::App& startApp(bool vanish = false, bool reconnect = false,
+                           std::function<void(standin::Config&)> adjust = {}) {
         auto app = std::make_unique<standin::App>();
         app->scene = scene_;
         app->config.tcpPort = gf_portNumber(rtAppEndpoints.tcpPort);
@@ -135,6 +149,7 @@ protected:
         app->config.qnh_hPa = 1021;
         app->config.vanish = vanish;
         app->config.reconnect = reconnect;
+        if (adjust) adjust(app->config);
         apps.push_back(std::move(app));
         standin::App& ref = *apps.back();
         appThreads.emplace_back([&ref] { standin::gf_runStandin(ref); });
@@ -230,8 +245,11 @@ TEST_F(RtAppRoad, AClientThatConnectsAndVanishesIsReplacedByTheNextOne) {
     start.join();
     EXPECT_TRUE(started);
     EXPECT_GE(real.stats.versionQuestions.load(), 1);
-    EXPECT_NE(dir.logText().find("RT App connection was stale, waiting for a new one ..."),
-              std::string::npos);
+    // Either the probe saw the first one fall, or the second one replaced it.
+    const std::string log = dir.logText();
+    EXPECT_TRUE(log.find("RT App connection was stale, waiting for a new one ...") !=
+                    std::string::npos ||
+                log.find("the new connection replaces the old one") != std::string::npos);
 }
 
 TEST_F(RtAppRoad, ClosingTheWindowEndsAWaitForTheApplication) {
@@ -272,6 +290,258 @@ TEST_F(RtAppRoad, WithoutTheTcpLinkTheReadersStillRun) {
     EXPECT_TRUE(lf_waitFor([&] { return !handedSoFar().empty(); }, 2s));
     EXPECT_EQ(handedSoFar().front().delay_s, 30);
     params.PSX_SERVER_HERE.current = true;
+}
+
+}  // namespace
+
+namespace {
+
+// The application as its public format allows: broadcast on the LAN, no end
+// markers, 43- and 44-field lines, tagged sources, "null" columns, stands
+// with their airport in front, and a network that repeats and reorders.
+TEST_F(RtAppRoad, PublicFormOnTheLanReachesTheEngine) {
+    std::string to;
+    standin::App& app = startApp(false, false, [&](standin::Config& c) {
+        to = standin::gf_usePublicForm(c);
+        c.cycle_ms = 400;
+        c.channel.duplicate = 0.1;
+        c.channel.reorder = 0.1;
+    });
+    if (to == "127.0.0.1") std::printf("no broadcast address on this machine: unicast\n");
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    EXPECT_TRUE(trafficReaderState.bufferDone);
+    EXPECT_TRUE(trafficReaderState.parkedDone);
+    // The history ended without its marker: reports drain again.
+    EXPECT_FALSE(appSocket.bufferRequested);
+
+    for (int i = 0; i < 20; ++i) {
+        gf_sendPosition();
+        std::this_thread::sleep_for(100ms);
+    }
+    ASSERT_TRUE(lf_waitFor(
+        [&] {
+            int live = 0;
+            for (const auto& x : handedSoFar()) live += x.delay_s == 30 && x.count > 0;
+            return live >= 3;
+        },
+        5s));
+    std::size_t messages = 0, withHeading = 0, ground = 0, groundWithHeading = 0;
+    for (const auto& x : handedSoFar()) {
+        messages += x.count;
+        withHeading += x.withHeading;
+        ground += x.ground;
+        groundWithHeading += x.groundWithHeading;
+        EXPECT_LE(x.count, MAX_BATCH);
+    }
+    // Every line carries a tagged source with a true heading.
+    EXPECT_EQ(withHeading, messages);
+    EXPECT_EQ(groundWithHeading, ground);
+
+    const auto parked = gf_takeParkedList(trafficReaderState);
+    ASSERT_FALSE(parked.empty());
+    for (const auto& p : parked) EXPECT_EQ(p.stand.find("EGTK_"), std::string::npos) << p.stand;
+    const std::string log = dir.logText();
+    const auto first = log.find("sends no end markers");
+    EXPECT_NE(first, std::string::npos);
+    EXPECT_EQ(log.find("sends no end markers", first + 1), std::string::npos);
+    EXPECT_FALSE(gf_exitRequest());
+    EXPECT_GE(app.reported.copy().size(), 20u);
+}
+
+// Two empty parked answers in a row are the same datagram twice; the second
+// must still finish its list.
+TEST_F(RtAppRoad, RepeatedEndMarkersStillCount) {
+    startApp(false, false, [](standin::Config& c) { c.cycle_ms = 60000; });
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    const RequestBox nowhere{10, 10, 10.1, 10.1};
+    for (int i = 0; i < 2; ++i) {
+        gf_requestParked(nowhere);
+        EXPECT_TRUE(lf_waitFor([] { return trafficReaderState.parkedDone.load(); }, 2s))
+            << "answer " << i;
+    }
+}
+
+// An application that accepts and never reads: the tick's reports never
+// wait on it, it is dropped, and the session starts over; closing is quick.
+TEST_F(RtAppRoad, APeerThatNeverReadsIsDroppedWithoutStoppingTheTick) {
+    rtAppTiming.clientSendBuffer = 4096;
+    rtAppTiming.sendLimit_ms = 1000;
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread accept([] { waitForClient(); });
+    SocketFd peer = gf_tcpSocket();
+    gf_setReceiveBufferSize(peer, 2048);
+    ASSERT_TRUE(gf_connectSocket(peer, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort)));
+    accept.join();
+    ASSERT_TRUE(appSocket.connected);
+
+    std::atomic<int> reports{0};
+    std::atomic<bool> stopReports{false};
+    std::thread tick([&] {
+        const std::string bulk(2000, 'x');
+        while (!stopReports && !gf_exitRequest()) {
+            gf_sendPosition();
+            sendDataPacket(bulk);  // fills the buffers in a second or two
+            ++reports;
+            std::this_thread::sleep_for(10ms);
+        }
+    });
+    const bool dropped = lf_waitFor([] { return gf_exitRequest() != nullptr; }, 10s);
+    stopReports = true;
+    const auto closing = std::chrono::steady_clock::now();
+    gf_closeRTApp();  // also wakes a report stuck in a send
+    EXPECT_LT(std::chrono::steady_clock::now() - closing, 1500ms);
+    tick.join();
+    gf_closeSocket(peer);
+    ASSERT_TRUE(dropped);
+    EXPECT_EQ(gf_exitRequest()->reason, ExitReason::NewSettings);
+    EXPECT_GT(reports.load(), 10);
+    EXPECT_NE(dir.logText().find("does not read the link"), std::string::npos);
+}
+
+// The application froze and connects again (woken, or restarted while its
+// old connection hangs): the new connection takes over at once.
+TEST_F(RtAppRoad, ANewConnectionReplacesAFrozenOne) {
+    std::thread frozen([] {
+        SocketFd s = gf_tcpSocket();
+        while (!gf_connectSocket(s, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort))) {
+            gf_closeSocket(s);
+            std::this_thread::sleep_for(20ms);
+            s = gf_tcpSocket();
+        }
+        gf_sendBytes(s, "{\"version\":\"frozen\"}\r\n");
+        // Never reads again and never closes while the test runs.
+        std::this_thread::sleep_for(3s);
+        gf_closeSocket(s);
+    });
+    rtAppTiming.bufferPolls = 2;
+    rtAppTiming.parkedPolls = 2;
+    rtAppTiming.firstTrafficPolls = 2;
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    standin::App& woken = startApp(false, false);
+    EXPECT_TRUE(lf_waitFor(
+        [&] {
+            gf_sendPosition();
+            return woken.stats.bufferRequests.load() >= 1 && woken.stats.positions.load() >= 1;
+        },
+        4s));
+    EXPECT_GE(woken.stats.versionQuestions.load(), 1);
+    frozen.join();
+}
+
+}  // namespace
+
+namespace {
+
+std::vector<std::string> lf_readLines(SocketFd s, std::size_t count) {
+    std::vector<std::string> lines;
+    std::string pending;
+    const auto until = std::chrono::steady_clock::now() + 3s;
+    while (lines.size() < count && std::chrono::steady_clock::now() < until) {
+        if (gf_waitReadable(s, 100) <= 0) continue;
+        char buffer[4096];
+        const auto n = gf_receiveBytes(s, buffer, sizeof buffer);
+        if (n <= 0) break;
+        pending.append(buffer, static_cast<std::size_t>(n));
+        std::size_t end;
+        while ((end = pending.find('\n')) != std::string::npos) {
+            lines.push_back(pending.substr(0, end + 1));
+            pending.erase(0, end + 1);
+        }
+    }
+    return lines;
+}
+
+std::vector<double> lf_numbers(std::string_view text) {
+    std::vector<double> out;
+    for (const auto& f : scenario::lf_split(text)) {
+        double v = 0;
+        if (scenario::lf_num(f, v)) out.push_back(v);
+    }
+    return out;
+}
+
+// The texts ZEPT sends, byte for byte, for a user climbing nose up (the
+// simulator gives pitch negative for nose up) in a right bank west of
+// Greenwich: the report turns the pitch's sign, keeps the bank's, and gives
+// west longitudes negative.
+TEST_F(RtAppRoad, TextsSentToTheApplication) {
+    UserData user;
+    user.lat = EGTK_LAT;
+    user.lon = EGTK_LON;
+    user.pitch = -0.05;
+    user.bank = 0.1;
+    user.heading = 1.5708;
+    user.indicatedAlt = 3500;
+    user.alt = 3520;
+    user.groundSpeed = 140;
+    user.zuluYear = 2026;
+    user.zuluDayOfYear = 329;
+    user.zuluTime = 36000;
+    gf_storeUserData(user);
+
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread accept([] { waitForClient(); });
+    SocketFd peer = gf_tcpSocket();
+    ASSERT_TRUE(gf_connectSocket(peer, "127.0.0.1", gf_portNumber(rtAppEndpoints.tcpPort)));
+    accept.join();
+
+    gf_sendPosition();
+    gf_sendSimTime(gf_simEpochMillis());
+    ASSERT_TRUE(gf_requestBuffer());
+    gf_requestParked(gf_parkedBox({EGTK_LAT, EGTK_LON}));
+    const auto lines = lf_readLines(peer, 4);
+    gf_closeSocket(peer);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0], "Qs121=5000;10000;1.570800;3500000;140000;0.904725;-0.023038\r\n");
+    EXPECT_EQ(lines[1], "Qs123=1795600800000\r\n");  // 25 Nov 2026 10:00:00Z
+
+    // South, west, north, east in degrees; 40 NM each way, 3 NM for parked.
+    ASSERT_TRUE(lines[2].starts_with("Qs999=sendbuffer=5,6,"));
+    EXPECT_TRUE(lines[2].ends_with("\n") && !lines[2].ends_with("\r\n"));
+    auto box = lf_numbers(lines[2].substr(21, lines[2].size() - 22));
+    ASSERT_EQ(box.size(), 4u);
+    EXPECT_NEAR(box[0], 51.170713, 1e-6);
+    EXPECT_NEAR(box[2], 52.503087, 1e-6);
+    EXPECT_NEAR(box[1], -2.399, 0.01);
+    EXPECT_NEAR(box[3], -0.241, 0.01);
+    ASSERT_TRUE(lines[3].starts_with("Qs999=sendparked,"));
+    EXPECT_TRUE(lines[3].ends_with("\r\n"));
+    box = lf_numbers(lines[3].substr(17, lines[3].size() - 19));
+    ASSERT_EQ(box.size(), 4u);
+    EXPECT_NEAR(box[0], 51.786936, 1e-6);
+    EXPECT_NEAR(box[2], 51.886864, 1e-6);
+    EXPECT_NEAR(box[1], -1.4009, 0.001);
+    EXPECT_NEAR(box[3], -1.2391, 0.001);
+}
+
+}  // namespace
+
+namespace {
+
+// An application that freezes (stops sending and reading, keeps its
+// connection) and wakes: the status says the feed is silent, and on waking
+// the history is asked for again, as after a restart.
+TEST_F(RtAppRoad, AFrozenApplicationShowsSilentAndRecoversAsAfterARestart) {
+    rtAppTiming.silentFeed_ms = 1500;
+    standin::App& app = startApp(false, false, [](standin::Config& c) {
+        c.freezeAfter_s = 2.5;
+        c.freezeFor_s = 3;
+    });
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    ASSERT_TRUE(lf_waitFor([&] { return app.stats.freezes.load() == 1; }, 5s));
+    const auto before = runChoice.load();
+    RunChoice onTheApp = *before;
+    onTheApp.rtDirect = false;
+    runChoice.store(std::make_shared<const RunChoice>(onTheApp));
+    EXPECT_TRUE(lf_waitFor(
+        [] {
+            return gf_statusLineText({}).find("feed: RT App silent for") != std::string::npos;
+        },
+        3s));
+    runChoice.store(before);
+    EXPECT_TRUE(lf_waitFor([&] { return app.stats.bufferRequests.load() == 2; }, 6s));
+    EXPECT_NE(dir.logText().find("The RealTraffic feed is back after"), std::string::npos);
+    EXPECT_TRUE(lf_waitFor([] { return !gf_trafficSilent(); }, 2s));
 }
 
 }  // namespace

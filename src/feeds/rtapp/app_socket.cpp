@@ -1,6 +1,7 @@
-// The TCP side of the link: listening, taking the client, sending, receiving
-// and draining. Socket values are read under the socket lock and used outside
-// it, so that a close from another thread wakes whatever waits on them.
+// The TCP side of the link: listening, taking the client, receiving and
+// draining. Socket values are copied under the socket lock and used outside
+// it; a close shuts the socket down, which wakes whatever waits on it, and
+// the number itself is closed by its last holder.
 #include <array>
 #include <stdexcept>
 #include <thread>
@@ -22,22 +23,24 @@ std::atomic<bool> rtAppFeedConnected{false};
 
 namespace {
 
-SocketFd lf_client() {
-    std::lock_guard lock(appSocket.socketLock);
-    return appSocket.clientSocket;
-}
-
-void lf_closeClient() {
-    std::lock_guard lock(appSocket.socketLock);
-    gf_closeSocket(appSocket.clientSocket);
-    appSocket.connected = false;
-}
-
 std::string lf_errorText() {
     return gf_winsockErrorText(gf_socketError());
 }
 
 }  // namespace
+
+SharedSocket gf_appClient() {
+    std::lock_guard lock(appSocket.socketLock);
+    return appSocket.clientSocket;
+}
+
+void gf_dropAppClient(const SharedSocket& which) {
+    std::lock_guard lock(appSocket.socketLock);
+    if (which && appSocket.clientSocket != which) return;  // already replaced
+    if (appSocket.clientSocket) gf_shutdownSocket(appSocket.clientSocket->fd);
+    appSocket.clientSocket.reset();
+    appSocket.connected = false;
+}
 
 void lf_linkLog(std::string_view text) {
     if (gf_keepRunning()) gf_logLine(text);
@@ -73,16 +76,39 @@ void gf_listenRTApp(const std::string& port) {
         throw std::runtime_error("listen failed with error " + text);
     }
     std::lock_guard lock(appSocket.socketLock);
-    gf_closeSocket(appSocket.listenSocket);
-    appSocket.listenSocket = s;
+    if (appSocket.listenSocket) gf_shutdownSocket(appSocket.listenSocket->fd);
+    appSocket.listenSocket = gf_shareSocket(s);
+}
+
+void gf_takeAppClient(SocketFd client) {
+    if (!gf_setNoDelay(client)) {
+        const int error = gf_socketError();
+        gf_closeSocket(client);
+        throw std::runtime_error(
+            fmt::format("{} setsockopt failed with error {}", "waitForClient", error));
+    }
+    if (rtAppTiming.clientSendBuffer > 0)
+        gf_setSendBufferSize(client, rtAppTiming.clientSendBuffer);
+    {
+        // Nothing meant for an earlier client goes to this one.
+        std::lock_guard lock(linkSender.lock);
+        linkSender.queue.clear();
+    }
+    {
+        std::lock_guard lock(appSocket.socketLock);
+        if (appSocket.clientSocket) gf_shutdownSocket(appSocket.clientSocket->fd);
+        appSocket.clientSocket = gf_shareSocket(client);
+        appSocket.connected = true;
+    }
+    gf_clearBufferRequest();
+    ++appSocket.clientsTaken;
 }
 
 bool waitForClient() {
-    SocketFd listener;
+    SharedSocket listener;
     {
         std::lock_guard lock(appSocket.socketLock);
-        if (appSocket.clientSocket != NO_SOCKET || appSocket.listenSocket == NO_SOCKET)
-            return false;
+        if (appSocket.clientSocket || !appSocket.listenSocket) return false;
         listener = appSocket.listenSocket;
     }
     try {
@@ -94,21 +120,14 @@ bool waitForClient() {
                 if (appSocket.listenSocket != listener) return false;
             }
             if (!gf_keepRunning()) return false;
-            const int ready = gf_waitReadable(listener, rtAppTiming.acceptStep_ms);
+            const int ready = gf_waitReadable(listener->fd, rtAppTiming.acceptStep_ms);
             if (ready < 0) return false;
             if (ready > 0) break;
         }
-        SocketFd client = gf_acceptClient(listener);
+        SocketFd client = gf_acceptClient(listener->fd);
         if (client == NO_SOCKET) return false;
-        if (!gf_setNoDelay(client)) {
-            const int error = gf_socketError();
-            gf_closeSocket(client);
-            throw std::runtime_error(
-                fmt::format("{} setsockopt failed with error {}", "waitForClient", error));
-        }
-        std::lock_guard lock(appSocket.socketLock);
-        appSocket.clientSocket = client;
-        appSocket.connected = true;
+        gf_takeAppClient(client);
+        gf_startLinkSender();
         return true;
     } catch (const std::exception& e) {
         lf_linkLog(fmt::format("waitForClient interrupted: {}", e.what()));
@@ -116,36 +135,18 @@ bool waitForClient() {
     }
 }
 
-bool sendDataPacket(std::string_view text) {
-    std::lock_guard sending(appSocket.sendLock);
-    const SocketFd client = lf_client();
-    if (client == NO_SOCKET) return false;
-    std::size_t sent = 0;
-    while (sent < text.size()) {
-        const auto n = gf_sendBytes(client, text.substr(sent));
-        if (n <= 0) {
-            lf_linkLog(fmt::format("sendDataPacket to RealTraffic failed: {}", lf_errorText()));
-            lf_closeClient();
-            lf_linkLog("RealTraffic client socket closed");
-            return false;
-        }
-        sent += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
 std::string receive() {
     std::lock_guard receiving(appSocket.receiveLock);
-    const SocketFd client = lf_client();
-    if (client == NO_SOCKET) return {};
+    const SharedSocket client = gf_appClient();
+    if (!client) return {};
     // An application that connects and then stays silent must not hold the
     // start for ever: wait as long as the probe lasts.
-    if (gf_waitReadable(client, rtAppTiming.probe_ms) <= 0) {
+    if (gf_waitReadable(client->fd, rtAppTiming.probe_ms) <= 0) {
         lf_linkLog(fmt::format("receive: {}", "no reply"));
         return {};
     }
     std::string buffer(RT_APP_BUFFER_SIZE, '\0');
-    const auto n = gf_receiveBytes(client, buffer.data(), buffer.size());
+    const auto n = gf_receiveBytes(client->fd, buffer.data(), buffer.size());
     if (n <= 0) {
         lf_linkLog(
             fmt::format("receive: {}", n == 0 ? std::string("connection closed") : lf_errorText()));
@@ -161,26 +162,26 @@ std::string receive() {
 
 void drainReceiveBuffer() {
     std::lock_guard receiving(appSocket.receiveLock);
+    const SharedSocket client = gf_appClient();
+    if (!client) return;
     std::array<char, RT_APP_BUFFER_SIZE> scratch;
     while (true) {
-        const SocketFd client = lf_client();
-        if (client == NO_SOCKET) return;
-        const int ready = gf_waitReadable(client, 0);
+        const int ready = gf_waitReadable(client->fd, 0);
         if (ready == 0) return;
         if (ready < 0) {
             lf_linkLog(fmt::format("drainReceiveBuffer select error: {}", lf_errorText()));
             return;
         }
-        const auto n = gf_receiveBytes(client, scratch.data(), scratch.size());
+        const auto n = gf_receiveBytes(client->fd, scratch.data(), scratch.size());
         if (n == 0) {
-            lf_closeClient();
+            gf_dropAppClient(client);
             return;
         }
         if (n < 0) {
             const int error = gf_socketError();
             if (error == WSA_EWOULDBLOCK) return;
             if (error == WSA_ECONNABORTED || error == WSA_ECONNRESET) {
-                lf_closeClient();
+                gf_dropAppClient(client);
                 return;
             }
             lf_linkLog(
@@ -192,9 +193,12 @@ void drainReceiveBuffer() {
 
 void gf_closeRTApp() {
     if (appSocket.connected) sendDataPacket("exit\r\n");
+    gf_stopLinkSender();
     std::lock_guard lock(appSocket.socketLock);
-    gf_closeSocket(appSocket.clientSocket);
-    gf_closeSocket(appSocket.listenSocket);
+    if (appSocket.clientSocket) gf_shutdownSocket(appSocket.clientSocket->fd);
+    if (appSocket.listenSocket) gf_shutdownSocket(appSocket.listenSocket->fd);
+    appSocket.clientSocket.reset();
+    appSocket.listenSocket.reset();
     appSocket.connected = false;
 }
 

@@ -11,6 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include <unordered_set>
+
+#include "app/complaint_limit.h"
 #include "feeds/decode_context.h"
 #include "feeds/seen_sets.h"
 #include "traffic/aircraft.h"
@@ -18,6 +21,22 @@
 namespace tfx {
 
 inline constexpr std::size_t BATCH_RESERVE = 384;
+// A batch is handed over at this size whatever the markers say, so that a
+// flood or a lost end marker cannot grow it without bound.
+inline constexpr std::size_t MAX_BATCH = 4096;
+// Parked lists hold no more than this; the rest of a flood is dropped.
+inline constexpr std::size_t MAX_PARKED = 2048;
+
+// Without end markers a batch is handed over after one cycle of the
+// application: the cycle is measured as the time until an aircraft already
+// in the batch reports again, and the wait is 1.5 cycles within these bounds.
+inline constexpr std::int64_t DEFAULT_CYCLE_MS = 2000;
+inline constexpr std::int64_t MIN_HANDOVER_WAIT_MS = 1000;
+inline constexpr std::int64_t MAX_HANDOVER_WAIT_MS = 10000;
+// With markers only a lost marker delays a batch; it goes after this at most.
+inline constexpr std::int64_t MARKED_HANDOVER_WAIT_MS = 15000;
+
+enum class BatchKind : std::uint8_t { none, live, history };
 
 // Published by the main thread under the position lock.
 struct ReaderPosition {
@@ -46,6 +65,24 @@ struct TrafficReaderState {
     std::atomic<bool> parkedDone{false};
     std::atomic<std::int64_t> lastHeard{0};  // epoch second of the newest record
     std::atomic<std::uint32_t> linesDropped{0};
+    std::atomic<std::uint32_t> implausible{0};
+    ComplaintLimit complaints;
+
+    // Hand-over without end markers.
+    BatchKind batchKind = BatchKind::none;
+    std::int64_t batchStart_ms = 0;  // steady clock, first record of the batch
+    std::unordered_set<std::uint32_t> batchHexids;
+    std::int64_t cycle_ms = DEFAULT_CYCLE_MS;
+    bool liveMarkersSeen = false;    // an "RTTFC_EOT" came on this link
+    bool bufferMarkersSeen = false;  // an "RTBUF_SEP" or "RTBUF_EOT" came
+    bool noMarkersLogged = false;
+    std::int64_t parkedLast_ms = 0;  // last "RTPARK" line, 0 when none waits
+    bool parkedMarkerSeen = false;
+    // Bumped by each parked request; a list begun before it is dropped.
+    std::atomic<std::uint32_t> parkedRequests{0};
+    std::uint32_t parkedRequestsSeen = 0;
+    // Steady milliseconds of the last datagram, for the silent-feed check.
+    std::atomic<std::int64_t> lastDatagram_ms{0};
 
     std::mutex parkedLock;
     std::vector<ParkedMessage> parkedFinished;
@@ -65,7 +102,14 @@ void gf_publishReaderPosition(TrafficReaderState& state);
 // Takes the finished parked list (empty when none came).
 std::vector<ParkedMessage> gf_takeParkedList(TrafficReaderState& state);
 
-// One line of the traffic port; never throws.
+// One line of the traffic port; never throws. now_ms is a steady clock;
+// the overload without it reads the clock.
+void gf_processRTAppLine(TrafficReaderState& state, std::string_view line, std::int64_t now_ms);
 void gf_processRTAppLine(TrafficReaderState& state, std::string_view line);
+// While no line comes: hands over what waits longer than the application's
+// cycle allows, and writes the complaint counts that are due.
+void gf_trafficReaderIdle(TrafficReaderState& state, std::int64_t now_ms);
+void gf_trafficReaderIdle(TrafficReaderState& state);
+std::int64_t gf_steadyMillis();
 
 }  // namespace tfx

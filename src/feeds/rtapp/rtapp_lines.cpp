@@ -29,7 +29,24 @@ std::uint32_t lf_unsigned(std::string_view name, std::string_view text, int base
     return value;
 }
 
+bool lf_absent(std::string_view text) {
+    return text.empty() || text == "null";
+}
+
+double lf_optional(std::string_view name, std::string_view text, double absent) {
+    return lf_absent(text) ? absent : lf_number(name, text);
+}
+
 }  // namespace
+
+std::string_view gf_plainSource(std::string_view source) {
+    // A tag of one or two capitals and an underscore in front of the plain name.
+    const std::size_t underscore = source.find('_');
+    if (underscore != 1 && underscore != 2) return source;
+    for (std::size_t i = 0; i < underscore; ++i)
+        if (source[i] < 'A' || source[i] > 'Z') return source;
+    return source.substr(underscore + 1);
+}
 
 void gf_splitFields(std::string_view line, std::vector<std::string_view>& fields) {
     fields.clear();
@@ -51,21 +68,21 @@ TrafficRecord gf_readTrafficFields(const std::vector<std::string_view>& f) {
     r.lat = lf_number("lat", f[2]);
     r.lon = lf_number("lon", f[3]);
     r.altitude = lf_number("altitude", f[4]);
-    r.vs = lf_number("vs", f[5]);
-    r.track = f[7].empty() ? 0 : lf_number("track", f[7]);
-    r.gs = lf_number("gs", f[8]);
+    r.vs = lf_optional("vs", f[5], 0);
+    r.track = lf_optional("track", f[7], 0);
+    r.gs = lf_optional("gs", f[8], 0);
     r.callsign = f[9];
     r.model = f[10];
     r.regcode = f[11];
     r.from = f[12];
     r.to = f[13];
     r.timestamp = lf_number("timestamp", f[14]);
-    r.source = f[17];
-    r.TAS = lf_number("TAS", f[20]);
-    r.roll = lf_number("roll", f[23]);
-    if (r.source == "adsb_icao") r.trueheading = lf_number("trueheading", f[25]);
+    r.source = gf_plainSource(f[17]);
+    r.TAS = lf_optional("TAS", f[20], -1);
+    r.roll = lf_optional("roll", f[23], 0);
+    if (r.source == "adsb_icao") r.trueheading = lf_optional("trueheading", f[25], -1);
     r.category = f[28];
-    r.airline = f[43];
+    r.airline = f.size() > 43 && f[43] != "null" ? f[43] : std::string_view{};
     return r;
 }
 

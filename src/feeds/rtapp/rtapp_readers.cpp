@@ -22,12 +22,51 @@ namespace {
 constexpr std::string_view TRAFFIC_READER = "Traffic Reader";
 constexpr std::string_view WEATHER_READER = "QNH Reader";
 
+// Asks for the history again, as at the start: after a silent stretch and
+// when the application connected anew.
+void lf_requestHistoryAgain(TrafficReaderState& s) {
+    s.bufferCounter = 0;
+    s.bufferDone = false;
+    s.bufferMarkersSeen = false;
+    s.contextValid = false;
+    if (!gf_requestBuffer()) lf_linkLog("Receiving buffer traffic failed");
+}
+
 class TrafficReader : public UdpReceiver {
 public:
     TrafficReader() : UdpReceiver(rtAppEndpoints.trafficPort) {}
-    void onDatagram(std::string_view text) override {
-        gf_processRTAppLine(trafficReaderState, text);
+    bool isControl(std::string_view text) const override {
+        return text.find(',') == std::string_view::npos;
     }
+    void onDatagram(std::string_view text) override {
+        TrafficReaderState& s = trafficReaderState;
+        const std::int64_t now_ms = gf_steadyMillis();
+        const std::int64_t last_ms = s.lastDatagram_ms.exchange(now_ms);
+        if (last_ms != 0 && now_ms - last_ms >= rtAppTiming.silentFeed_ms) {
+            // A frozen application woke up: what it sends now is live, and the
+            // history fills the gap as it does after a restart.
+            lf_linkLog(fmt::format("{} The RealTraffic feed is back after {} s of silence",
+                                   gf_nowText(), (now_ms - last_ms) / 1000));
+            lf_requestHistoryAgain(s);
+        }
+        gf_processRTAppLine(s, text, now_ms);
+    }
+    void onIdle() override {
+        TrafficReaderState& s = trafficReaderState;
+        const std::uint32_t clients = appSocket.clientsTaken.load();
+        if (clients != clientsSeen) {
+            // The application connected anew: nothing of the old connection stays.
+            clientsSeen = clients;
+            gf_resetReaderState(s);
+            rtAppSeen.collecting = true;
+            resetLast();
+            gf_publishReaderPosition(s);
+            lf_requestHistoryAgain(s);
+        }
+        gf_trafficReaderIdle(s);
+        gf_flushComplaints(complaints);
+    }
+    std::uint32_t clientsSeen = appSocket.clientsTaken.load();
     void onStop() override {
         Gui::enqueueUpdate({GuiKind::TrafficState, std::int64_t{0}});
         lf_linkLog(fmt::format("{} disconnected", TRAFFIC_READER));
@@ -38,6 +77,7 @@ class WeatherReader : public UdpReceiver {
 public:
     WeatherReader() : UdpReceiver(rtAppEndpoints.weatherPort) {}
     void onDatagram(std::string_view text) override { gf_takeWeatherDatagram(text); }
+    void onIdle() override { gf_flushComplaints(complaints); }
 };
 
 // Readers are built per thread start, so that a test can move the ports.
@@ -151,6 +191,17 @@ void gf_checkFeedIndicators() {
     const std::int64_t last = gf_lastGoodWeather_s();
     if (last == 0 || now_s - last > 90)
         Gui::enqueueUpdate({GuiKind::WeatherState, std::int64_t{2}});
+}
+
+std::int64_t gf_trafficSilence_s() {
+    const std::int64_t last = trafficReaderState.lastDatagram_ms.load();
+    if (last == 0) return 0;
+    return (gf_steadyMillis() - last) / 1000;
+}
+
+bool gf_trafficSilent() {
+    const std::int64_t last = trafficReaderState.lastDatagram_ms.load();
+    return last != 0 && gf_steadyMillis() - last >= rtAppTiming.silentFeed_ms;
 }
 
 std::uint32_t gf_trafficDatagrams() {

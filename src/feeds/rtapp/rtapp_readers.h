@@ -14,6 +14,11 @@ void gf_startTrafficReader();
 // Sets both stop flags and joins the weather thread, then the traffic thread.
 void gf_stopRTAppReaders();
 
+// Seconds since the last datagram on the traffic port; 0 before the first.
+std::int64_t gf_trafficSilence_s();
+// No datagram for longer than the link allows (10 s): a frozen application.
+bool gf_trafficSilent();
+
 // Datagrams counted by the traffic reader so far; the indicator compares them.
 std::uint32_t gf_trafficDatagrams();
 

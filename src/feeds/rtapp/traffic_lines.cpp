@@ -1,11 +1,16 @@
 // The traffic port's lines: live and history records gather in the batch,
 // the end markers hand the batch to the engine with the right delay, and
 // parked records gather in a list that the main thread takes when complete.
+// Applications that send no end markers get their batches handed over after
+// one of their cycles; no batch grows past MAX_BATCH.
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "feeds/plausible_limits.h"
 #include "feeds/qnh.h"
 #include "feeds/rtapp/reader_state.h"
 #include "feeds/rtapp/rtapp_lines.h"
@@ -18,6 +23,8 @@ namespace {
 
 constexpr int LIVE_DELAY_S = 30;
 constexpr int BUFFER_PIECE_S = 6;
+constexpr int UNMARKED_HISTORY_DELAY_S = 0;
+constexpr std::size_t LOGGED_LINE_CHARS = 200;  // of a bad line, in the log
 
 void lf_takeContext(TrafficReaderState& s) {
     DecodeContext c;
@@ -48,95 +55,241 @@ void lf_takeContext(TrafficReaderState& s) {
     s.contextValid = true;
 }
 
-void lf_handOver(TrafficReaderState& s, int delay_s, BatchSink engine = &gf_handleTrafficBatch) {
+std::int64_t lf_handoverWait_ms(const TrafficReaderState& s) {
+    if (s.batchKind == BatchKind::live ? s.liveMarkersSeen : s.bufferMarkersSeen)
+        return MARKED_HANDOVER_WAIT_MS;
+    return std::clamp(s.cycle_ms * 3 / 2, MIN_HANDOVER_WAIT_MS, MAX_HANDOVER_WAIT_MS);
+}
+
+void lf_handOver(TrafficReaderState& s, int delay_s) {
+    // History pieces queue for the tick whatever their delay; a piece that
+    // happens to fall 30 s ahead must not replace the live batch.
+    const BatchSink engine =
+        s.batchKind == BatchKind::history ? &gf_handleHistoryBatch : &gf_handleTrafficBatch;
     gf_mergeSeen(rtAppSeen, s.batchSeen);
+    s.batchKind = BatchKind::none;
+    s.batchHexids.clear();
     if (s.batch.empty()) return;
     (s.sink ? s.sink : engine)(s.batch, delay_s, true);
     s.batch.clear();
     if (s.batch.capacity() < BATCH_RESERVE) s.batch.reserve(BATCH_RESERVE);
 }
 
-void lf_trafficLine(TrafficReaderState& s) {
-    if (s.fields.size() < RTTFC_FIELDS) {
-        // Rebuild the line from its fields only for the log.
-        std::string line;
-        for (std::size_t i = 0; i < s.fields.size(); ++i) {
-            if (i) line += ',';
-            line += s.fields[i];
+// The end of the history, by its marker or because live traffic or a
+// pause followed it; a lost marker must not keep the request open.
+void lf_historyOver(TrafficReaderState& s, bool marker) {
+    if (s.bufferDone && !marker) return;
+    s.bufferDone = true;
+    s.contextValid = false;
+    gf_clearBufferRequest();
+    lf_linkLog(fmt::format("{} Buffer traffic received", gf_nowText()));
+}
+
+void lf_noteNoMarkers(TrafficReaderState& s) {
+    if (s.noMarkersLogged) return;
+    s.noMarkersLogged = true;
+    lf_linkLog(fmt::format(
+        "The RealTraffic application sends no end markers: traffic is handed over every {} ms",
+        lf_handoverWait_ms(s)));
+}
+
+// Hands the batch over as its kind asks when no marker did.
+void lf_handOverUnmarked(TrafficReaderState& s) {
+    s.contextValid = false;
+    if (s.batchKind == BatchKind::history) {
+        lf_handOver(s, UNMARKED_HISTORY_DELAY_S);
+        lf_historyOver(s, false);
+    } else {
+        lf_handOver(s, LIVE_DELAY_S);
+    }
+}
+
+// A record of the other kind, a full batch, or one that waited a cycle.
+void lf_beforeRecord(TrafficReaderState& s, BatchKind kind, std::int64_t now_ms) {
+    // Live traffic after history ends the history, marker or not.
+    if (s.batchKind != BatchKind::none && s.batchKind != kind) lf_handOverUnmarked(s);
+    if (kind == BatchKind::live && !s.bufferDone && !s.bufferMarkersSeen) lf_historyOver(s, false);
+    if (s.batch.size() >= MAX_BATCH) lf_handOverUnmarked(s);
+    if (s.batchKind == BatchKind::none) {
+        s.batchKind = kind;
+        s.batchStart_ms = now_ms;
+    }
+}
+
+// Without markers a live aircraft that reports again closes a cycle; the
+// history holds several reports of each aircraft and waits for its end.
+void lf_afterMessage(TrafficReaderState& s, TrafficMessage&& m, std::int64_t now_ms) {
+    if (s.batchKind == BatchKind::live && !s.liveMarkersSeen) {
+        if (s.batchHexids.contains(m.hexid)) {
+            const std::int64_t measured = now_ms - s.batchStart_ms;
+            if (measured > 0) s.cycle_ms = (s.cycle_ms + measured) / 2;
+            lf_noteNoMarkers(s);
+            lf_handOverUnmarked(s);
+            s.batchKind = BatchKind::live;
+            s.batchStart_ms = now_ms;
         }
-        gf_logLine(
-            fmt::format("Ignoring incomplete RT App message: {} fields received, {} required: {}",
-                        s.fields.size(), RTTFC_FIELDS, line));
+        s.batchHexids.insert(m.hexid);
+    }
+    s.batch.push_back(std::move(m));
+}
+
+std::string lf_shortLine(const std::vector<std::string_view>& fields) {
+    std::string line;
+    for (std::size_t i = 0; i < fields.size() && line.size() < LOGGED_LINE_CHARS; ++i) {
+        if (i) line += ',';
+        line += fields[i];
+    }
+    if (line.size() > LOGGED_LINE_CHARS) {
+        line.resize(LOGGED_LINE_CHARS);
+        line += " ...";
+    }
+    return line;
+}
+
+void lf_trafficLine(TrafficReaderState& s, BatchKind kind, std::int64_t now_ms) {
+    if (s.fields.size() < RTTFC_MIN_FIELDS) {
         ++s.linesDropped;
+        gf_complain(s.complaints, "incomplete RT App message",
+                    fmt::format("Ignoring incomplete RT App message: {} fields received, {} "
+                                "required: {}",
+                                s.fields.size(), RTTFC_MIN_FIELDS, lf_shortLine(s.fields)),
+                    now_ms / 1000);
         return;
     }
+    lf_beforeRecord(s, kind, now_ms);
     if (!s.contextValid) lf_takeContext(s);
     try {
         DecodeResult r = gf_decodeTraffic(gf_readTrafficFields(s.fields), s.context);
         if (r.roundedTimestamp && *r.roundedTimestamp > s.lastHeard.load())
             s.lastHeard = *r.roundedTimestamp;
         if (r.seen) gf_addSeen(s.batchSeen, *r.seen);
-        if (r.message) s.batch.push_back(std::move(*r.message));
+        if (r.message) lf_afterMessage(s, std::move(*r.message), now_ms);
+    } catch (const ImplausibleValue& e) {
+        ++s.implausible;
+        gf_complain(s.complaints, "implausible value",
+                    fmt::format("exception in processLine: {}", e.what()), now_ms / 1000);
     } catch (const std::exception& e) {
         ++s.linesDropped;
-        gf_logLine(fmt::format("exception in processLine: {}", e.what()));
+        gf_complain(s.complaints, "exception in processLine",
+                    fmt::format("exception in processLine: {}", e.what()), now_ms / 1000);
     }
 }
 
-void lf_parkedLine(TrafficReaderState& s) {
+void lf_finishParked(TrafficReaderState& s) {
+    {
+        std::lock_guard lock(s.parkedLock);
+        s.parkedFinished.swap(s.parkedBuilding);
+        s.parkedBuilding.clear();
+    }
+    s.parkedLast_ms = 0;
+    s.parkedDone = true;
+    lf_linkLog(fmt::format("{} park traffic received", gf_nowText()));
+}
+
+// A list begun before the latest request belongs to an older answer.
+void lf_parkedRequestCheck(TrafficReaderState& s) {
+    const std::uint32_t requests = s.parkedRequests.load();
+    if (requests == s.parkedRequestsSeen) return;
+    s.parkedRequestsSeen = requests;
+    s.parkedBuilding.clear();
+    s.parkedLast_ms = 0;
+}
+
+void lf_parkedLine(TrafficReaderState& s, std::int64_t now_ms) {
+    lf_parkedRequestCheck(s);
     if (s.fields.size() < RTPARK_FIELDS) {
         ++s.linesDropped;
+        gf_complain(s.complaints, "incomplete RT App parked message",
+                    fmt::format("Ignoring incomplete RT App message: {} fields received, {} "
+                                "required: {}",
+                                s.fields.size(), RTPARK_FIELDS, lf_shortLine(s.fields)),
+                    now_ms / 1000);
         return;
     }
     if (!s.contextValid) lf_takeContext(s);
+    s.parkedLast_ms = now_ms;
+    if (s.parkedBuilding.size() >= MAX_PARKED) return;
     try {
         if (auto p = gf_decodeParked(gf_readParkedFields(s.fields), s.parkedContext))
             s.parkedBuilding.push_back(std::move(*p));
     } catch (const std::exception& e) {
         ++s.linesDropped;
-        gf_logLine(fmt::format("exception in processRTAppLine: {}", e.what()));
+        gf_complain(s.complaints, "exception in processRTAppLine",
+                    fmt::format("exception in processRTAppLine: {}", e.what()), now_ms / 1000);
+    }
+}
+
+void lf_controlLine(TrafficReaderState& s, std::string_view kind) {
+    if (kind == "RTTFC_EOT") {
+        s.liveMarkersSeen = true;
+        if (s.batchKind == BatchKind::history) lf_handOverUnmarked(s);
+        lf_handOver(s, LIVE_DELAY_S);
+        s.contextValid = false;
+    } else if (kind == "RTBUF_SEP") {
+        s.bufferMarkersSeen = true;
+        lf_handOver(s, BUFFER_PIECE_S * s.bufferCounter);
+        ++s.bufferCounter;
+    } else if (kind == "RTBUF_EOT") {
+        s.bufferMarkersSeen = true;
+        if (s.batchKind == BatchKind::history) lf_handOver(s, BUFFER_PIECE_S * s.bufferCounter);
+        lf_historyOver(s, true);
+    } else if (kind == "RTPARK_EOT") {
+        s.parkedMarkerSeen = true;
+        lf_parkedRequestCheck(s);
+        lf_finishParked(s);
     }
 }
 
 }  // namespace
 
-void gf_processRTAppLine(TrafficReaderState& s, std::string_view line) {
+std::int64_t gf_steadyMillis() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+void gf_processRTAppLine(TrafficReaderState& s, std::string_view line, std::int64_t now_ms) {
     try {
         while (!line.empty() && (line.back() == '\n' || line.back() == '\r' || line.back() == '\0'))
             line.remove_suffix(1);
         gf_splitFields(line, s.fields);
         const std::string_view kind = s.fields[0];
-        if (kind == "RTTFC" || kind == "RTBUF") {
-            lf_trafficLine(s);
-        } else if (kind == "RTTFC_EOT") {
-            lf_handOver(s, LIVE_DELAY_S);
-            s.contextValid = false;
-        } else if (kind == "RTBUF_SEP") {
-            lf_handOver(s, BUFFER_PIECE_S * s.bufferCounter, &gf_handleHistoryBatch);
-            ++s.bufferCounter;
-        } else if (kind == "RTBUF_EOT") {
-            s.bufferDone = true;
-            s.contextValid = false;
-            {
-                std::lock_guard lock(appSocket.bufferRequestLock);
-                appSocket.bufferRequested = false;
-            }
-            lf_linkLog(fmt::format("{} Buffer traffic received", gf_nowText()));
-        } else if (kind == "RTPARK") {
-            lf_parkedLine(s);
-        } else if (kind == "RTPARK_EOT") {
-            {
-                std::lock_guard lock(s.parkedLock);
-                s.parkedFinished.swap(s.parkedBuilding);
-                s.parkedBuilding.clear();
-            }
-            s.parkedDone = true;
-            lf_linkLog(fmt::format("{} park traffic received", gf_nowText()));
-        }
+        if (kind == "RTTFC")
+            lf_trafficLine(s, BatchKind::live, now_ms);
+        else if (kind == "RTBUF")
+            lf_trafficLine(s, BatchKind::history, now_ms);
+        else if (kind == "RTPARK")
+            lf_parkedLine(s, now_ms);
+        else if (s.fields.size() == 1)
+            lf_controlLine(s, kind);
+        gf_trafficReaderIdle(s, now_ms);
     } catch (const std::exception& e) {
         // Only allocation can get here; the reader goes on with the next line.
-        gf_logLine(fmt::format("exception in processLine: {}", e.what()));
+        gf_complain(s.complaints, "exception in processLine",
+                    fmt::format("exception in processLine: {}", e.what()), now_ms / 1000);
     }
+}
+
+void gf_processRTAppLine(TrafficReaderState& s, std::string_view line) {
+    gf_processRTAppLine(s, line, gf_steadyMillis());
+}
+
+void gf_trafficReaderIdle(TrafficReaderState& s, std::int64_t now_ms) {
+    if (s.batchKind != BatchKind::none && now_ms - s.batchStart_ms >= lf_handoverWait_ms(s)) {
+        const bool marked =
+            s.batchKind == BatchKind::live ? s.liveMarkersSeen : s.bufferMarkersSeen;
+        if (!marked) lf_noteNoMarkers(s);
+        lf_handOverUnmarked(s);
+    }
+    lf_parkedRequestCheck(s);
+    if (s.parkedLast_ms != 0 && !s.parkedMarkerSeen &&
+        now_ms - s.parkedLast_ms >= lf_handoverWait_ms(s))
+        lf_finishParked(s);
+    gf_flushComplaints(s.complaints, now_ms / 1000);
+}
+
+void gf_trafficReaderIdle(TrafficReaderState& s) {
+    gf_trafficReaderIdle(s, gf_steadyMillis());
 }
 
 }  // namespace tfx

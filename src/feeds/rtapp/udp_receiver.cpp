@@ -19,6 +19,8 @@ void UdpReceiver::open() {
     if (socket_ == NO_SOCKET)
         throw std::runtime_error(fmt::format("failed to create the socket, error: {}",
                                              gf_winsockErrorText(gf_socketError())));
+    // Another program on this machine may listen to the same broadcasts.
+    gf_setReuseAddress(socket_);
     if (!gf_setBroadcast(socket_)) {
         const int error = gf_socketError();
         close();
@@ -47,9 +49,10 @@ void UdpReceiver::receiveLoop() {
             return;
         }
         const auto n = gf_receiveDatagram(socket_, buffer_.data(), RT_APP_BUFFER_SIZE);
+        const int error = n < 0 ? gf_socketError() : 0;
+        onIdle();
         if (n == 0) continue;
         if (n < 0) {
-            const int error = gf_socketError();
             if (error == WSA_EINTR || error == WSA_EWOULDBLOCK || error == WSA_ETIMEDOUT) continue;
             if (stop.load()) {
                 onStop();
@@ -59,13 +62,14 @@ void UdpReceiver::receiveLoop() {
         }
         const auto size = static_cast<std::size_t>(n);
         if (size >= RT_APP_BUFFER_SIZE) {
-            gf_logLine(fmt::format("buffer overrun: {} bytes", size));
+            gf_complain(complaints, "buffer overrun",
+                        fmt::format("buffer overrun: {} bytes", size));
             continue;
         }
         buffer_[size] = '\0';
         ++datagrams;
         const std::string_view text(buffer_.data(), size);
-        if (text == last_) continue;
+        if (text == last_ && !isControl(text)) continue;
         last_.assign(text);
         onDatagram(text);
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/complaint_limit.h"
 #include "feeds/rtapp/rtapp_link.h"
 #include "platform/sockets.h"
 
@@ -23,6 +24,10 @@ public:
 
     virtual void onDatagram(std::string_view text) = 0;
     virtual void onStop() {}
+    // After every datagram and every receive time-out (at least once a second).
+    virtual void onIdle() {}
+    // Lines that pass the repeat filter: a marker may rightly come twice in a row.
+    virtual bool isControl(std::string_view) const { return false; }
 
     // Throws the texts of a failed set-up.
     void open();
@@ -35,6 +40,7 @@ public:
 
     std::atomic<bool> stop{false};
     std::atomic<std::uint32_t> datagrams{0};
+    ComplaintLimit complaints;
 
 private:
     std::uint16_t port_;
