@@ -32,7 +32,12 @@ bool lf_cacheHolds(const fs::path& path) {
     if (!asked) return false;
     const auto text = gf_readWholeFile(PARK_AIRPORT_XML);
     pugi::xml_document document;
-    if (!text || gf_parseXmlText(*text, document)) return false;
+    if (!text) return false;
+    if (auto failure = gf_parseXmlText(*text, document)) {
+        // It is only a copy of the server's file; the download replaces it.
+        gf_logError(fmt::format("{} not loaded: {}, fetched again", PARK_AIRPORT_XML, *failure));
+        return false;
+    }
     const pugi::xml_node root = gf_apfRoot(document);
     const auto icao = gf_apfParameter(root, "icao");
     if (!icao) return false;

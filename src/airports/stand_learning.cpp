@@ -109,8 +109,10 @@ int lf_extend(Sighting& s, std::size_t index) {
     return added;
 }
 
+// The latest learned option of this aircraft on that day: a stay that went on
+// after a gap too long to bridge continues in the option begun after the gap.
 int lf_findLearned(const Sighting& s, std::uint32_t day) {
-    for (std::size_t i = 0; i < s.stand.options.size(); ++i) {
+    for (std::size_t i = s.stand.options.size(); i-- > 0;) {
         const StandOption& o = s.stand.options[i];
         if (o.source == 0 && o.real != 0 && o.day == day && o.reg == s.reg)
             return static_cast<int>(i);
