@@ -20,9 +20,7 @@ using namespace tfx;
 namespace {
 
 std::string lf_source(const std::string& relative) {
-    // The build compiles this file by its full path, which leads to data/.
-    const fs::path source = fs::path(__FILE__).parent_path().parent_path();
-    std::ifstream in(source / relative, std::ios::binary);
+    std::ifstream in(fs::path(ZEPT_SOURCE_DIR) / relative, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
