@@ -42,7 +42,7 @@ bool lf_readAirport(const pugi::xml_node& ap, const char* code, Airport& airport
 
 std::variant<std::size_t, std::string> lf_readAirports() {
     pugi::xml_document document;
-    if (auto error = gf_readSealedXml(AIRPORTS_ENC, document)) return *error;
+    if (auto error = gf_readSealedXml(AIRPORTS_ENC, document)) return error->text;
     const pugi::xml_node root = document.child("root");
     if (!root) return fmt::format("{} has no <{}> root", AIRPORTS_ENC, "root");
     const pugi::xml_node section = root.child("airports");
@@ -109,7 +109,7 @@ bool gf_airportKnown(const std::string& code) {
 std::variant<std::vector<IcaoCode>, std::string> gf_readWeeklyTrafficAirports() {
     pugi::xml_document document;
     const SealedXmlTexts texts{"'{}' could not be opened", "'{}' not read because of {}"};
-    if (auto error = gf_readSealedXml(WEEKLY_ENC, document, texts)) return *error;
+    if (auto error = gf_readSealedXml(WEEKLY_ENC, document, texts)) return error->text;
     const std::string invalid =
         fmt::format("'{}' has invalid weekly traffic XML structure", WEEKLY_ENC);
     const pugi::xml_node section = document.child("root").child("traffic_airports");

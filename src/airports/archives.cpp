@@ -68,10 +68,8 @@ bool gf_readArchives(bool is2020) {
     pugi::xml_document document;
     const SealedXmlTexts texts{"{} could not be opened", "{} not read because: {}"};
     if (auto error = gf_readSealedXml(ARCHIVES_ENC, document, texts)) {
-        if (error->ends_with("not available") || error->ends_with("stream decrypt failed") ||
-            error->starts_with("Could not check"))
-            throw std::runtime_error(*error);
-        gf_logError(*error);
+        if (error->unreadable) throw std::runtime_error(error->text);
+        gf_logError(error->text);
         return false;
     }
     const pugi::xml_node root = document.child("root");

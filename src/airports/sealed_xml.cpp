@@ -11,18 +11,21 @@ namespace fs = std::filesystem;
 
 namespace tfx {
 
-std::optional<std::string> gf_readSealedXml(const fs::path& encPath, pugi::xml_document& document,
-                                            const SealedXmlTexts& texts) {
+std::optional<SealedXmlError> gf_readSealedXml(const fs::path& encPath,
+                                               pugi::xml_document& document,
+                                               const SealedXmlTexts& texts) {
     const std::string name = encPath.string();
     std::error_code ec;
     const bool present = fs::exists(encPath, ec);
-    if (ec) return fmt::format("Could not check whether {} exists: {}", name, ec.message());
-    if (!present) return fmt::format("{} not available", name);
+    if (ec)
+        return SealedXmlError{
+            fmt::format("Could not check whether {} exists: {}", name, ec.message()), true};
+    if (!present) return SealedXmlError{fmt::format("{} not available", name), true};
 
     fs::path plainTarget = encPath;
     plainTarget.replace_extension(".xml");
     const auto plain = gf_decryptToTemporary(encPath, plainTarget);
-    if (!plain) return fmt::format("{} stream decrypt failed", name);
+    if (!plain) return SealedXmlError{fmt::format("{} stream decrypt failed", name), true};
 
     struct Remove {
         fs::path path;
@@ -33,9 +36,9 @@ std::optional<std::string> gf_readSealedXml(const fs::path& encPath, pugi::xml_d
     } removePlain{*plain};
 
     const auto text = gf_readWholeFile(*plain);
-    if (!text) return fmt::format(fmt::runtime(texts.openFailed), name);
+    if (!text) return SealedXmlError{fmt::format(fmt::runtime(texts.openFailed), name)};
     if (auto failure = gf_parseXmlText(*text, document))
-        return fmt::format(fmt::runtime(texts.parseFailed), name, *failure);
+        return SealedXmlError{fmt::format(fmt::runtime(texts.parseFailed), name, *failure)};
     return std::nullopt;
 }
 

@@ -18,9 +18,14 @@ struct SealedXmlTexts {
     std::string_view parseFailed = "{} not loaded: {}";
 };
 
-// Fills document from input/<name>.enc; the error text otherwise.
-std::optional<std::string> gf_readSealedXml(const std::filesystem::path& encPath,
-                                            pugi::xml_document& document,
-                                            const SealedXmlTexts& texts = {});
+struct SealedXmlError {
+    std::string text;
+    bool unreadable = false;  // missing or not decryptable, as opposed to bad XML
+};
+
+// Fills document from the .enc file; the error otherwise.
+std::optional<SealedXmlError> gf_readSealedXml(const std::filesystem::path& encPath,
+                                               pugi::xml_document& document,
+                                               const SealedXmlTexts& texts = {});
 
 }  // namespace tfx

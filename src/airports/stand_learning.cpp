@@ -84,6 +84,7 @@ int lf_addOption(Sighting& s) {
 int lf_extend(Sighting& s, std::size_t index) {
     const int limit = s.key.cargo ? 12 : s.category == AircraftCategory::Heavy ? 8 : 6;
     const StandOption& found = s.stand.options[index];
+    if (found.hours == 0) return -1;  // a hand-written entry without half hours
     const auto lastHH = static_cast<std::uint32_t>(63 - std::countl_zero(found.hours));
     int gap = (static_cast<int>(s.now.day) - static_cast<int>(found.day)) * 48 +
               static_cast<int>(s.now.hh) - static_cast<int>(lastHH);
@@ -139,6 +140,7 @@ WeekHalfHour hh_now() {
 
 void gf_recordStandOccupation(std::int32_t standNumber, const AircraftBase& aircraft, int mode,
                               WeekHalfHour now) {
+    if (now.day < 1 || now.day > 7 || now.hh >= HALF_HOURS_PER_DAY) return;
     const std::string reg = lf_withoutGhostMark(aircraft.regcode);
     if (reg.empty()) return;
     const RegcodeRecord& record = gf_lookupRegcode(reg);
