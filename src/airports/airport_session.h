@@ -8,15 +8,17 @@
 #include <string>
 #include <variant>
 
+#include "airports/airport_catalogue.h"
+
 namespace tfx {
 
-// The airport catalogue: its number of entries, or an error text.
-std::variant<std::size_t, std::string> gf_readAirportsXml();
-bool gf_airportKnown(const std::string& code);
 // The packages folder of the simulator in use, or nothing.
 std::optional<std::filesystem::path> gf_findInstallPath();
 // The scan of installed scenery, run when the feeds start.
 void gf_scanAirports();
+// The weekly traffic airports and the archive lists, read afresh by each
+// scan; false (logged) when either failed and the old data stays.
+bool gf_readScanCatalogues(bool is2020);
 // The user's park airports list; false when a line named an unknown airport.
 bool gf_readMyParkAirportsFile();
 

@@ -1,18 +1,11 @@
-// Stand-in until the airport catalogue, the scenery scan and the install path
-// search exist. The catalogue reports the one airport the demo runs at, the
-// install path is a folder in the data folder, and nothing is scanned.
+// Stand-in until the scenery scan and the install path search exist: the
+// install path is a folder in the data folder, and the scan only reads the
+// weekly traffic airports and the archive lists, as the real scan does first.
 #include "airports/airport_session.h"
 #include "app/parameters.h"
+#include "app/run_state.h"
 
 namespace tfx {
-
-std::variant<std::size_t, std::string> gf_readAirportsXml() {
-    return std::size_t{1};
-}
-
-bool gf_airportKnown(const std::string& code) {
-    return code == "EGTK";
-}
 
 std::optional<std::filesystem::path> gf_findInstallPath() {
     const auto path = gf_dataFolder() / "simulator" / "Packages";
@@ -22,7 +15,9 @@ std::optional<std::filesystem::path> gf_findInstallPath() {
     return path;
 }
 
-void gf_scanAirports() {}
+void gf_scanAirports() {
+    gf_readScanCatalogues(gf_isMSFS2020());
+}
 
 bool gf_readMyParkAirportsFile() {
     return true;

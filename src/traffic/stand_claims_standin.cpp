@@ -1,6 +1,7 @@
 // STAND-IN for the stand claims of live aircraft: no stands are known, so no
-// aircraft is created at a stand and nothing is learned or removed. The real
-// bodies replace this file.
+// aircraft is created at a stand and nothing is removed. (What stood at a
+// stand is learned in src/airports/stand_learning.cpp.) The real bodies
+// replace this file.
 #include "traffic/stand_claims.h"
 
 namespace tfx {
@@ -8,8 +9,6 @@ namespace tfx {
 std::optional<StandTaken> lf_findStandAtSpawn(LiveAircraft&) {
     return std::nullopt;
 }
-
-void gf_addRealStandOption(std::int32_t, const LiveAircraft&, int) {}
 
 void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft&) {}
 
