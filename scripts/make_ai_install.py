@@ -40,6 +40,7 @@ ROOT = Path(__file__).resolve().parent.parent
 TESTDATA = ROOT.parent / "shared" / "testdata" / "real"
 AIRCRAFT_TSV = TESTDATA / "flightgear" / "aircraft.tsv"
 DBASE = ROOT / "data" / "dbase.xml"
+DEMO_TRAFFIC = ROOT / "data" / "rt_scenario_egtk.csv"
 P = "<PACKAGES>"
 
 SIZES = {  # liveries per package, sections per file
@@ -279,9 +280,29 @@ class Tree:
                                   extra if encoding != "utf8" else "")
         self.write(cfg, lines, encoding)
 
-    def package(self, package, prefix, count, title):
+    def demo_rows(self):
+        """A row for every model the demo traffic flies or parks, so that the
+        demo finds a livery for each; made up (private) where no airframe of
+        that type is in the data."""
+        models = set()
+        with open(DEMO_TRAFFIC, encoding="utf-8") as f:
+            for line in f:
+                fields = line.rstrip("\n").split(",")
+                if fields[0] == "T" and len(fields) > 10 and fields[10]:
+                    models.add(fields[10])
+                elif fields[0] == "P" and len(fields) > 5 and fields[5]:
+                    models.add(fields[5])
+        rows = []
+        for n, model in enumerate(sorted(models & self.db["models"])):
+            real = [r for r in self.rows if r["model"] == model]
+            rows.append(self.rng.choice(real) if real else
+                        {"reg": "G-ZD%c%c" % (65 + n // 26, 65 + n % 26), "airline": "PVT", "model": model,
+                         "cargo": False})
+        return rows
+
+    def package(self, package, prefix, count, title, extra_rows=()):
         self.manifest(package, title, prefix + " team")
-        rows = self.sample(count)
+        rows = self.sample(count) + list(extra_rows)
         by_model = {}
         for row in rows:
             by_model.setdefault(row["model"], []).append(row)
@@ -449,7 +470,7 @@ class Tree:
         self.ivao_faults, self.ivao_faults_todo = False, ["texture", "airline"]
         self.official()
         self.rank = 1
-        self.package("aig-aitraffic-oci", "AIG", self.size["per_package"], "AIG AI Traffic OCI")
+        self.package("aig-aitraffic-oci", "AIG", self.size["per_package"], "AIG AI Traffic OCI", self.demo_rows())
         self.first_aig_title = next(p for p in self.present if p["rank"] == 1 and "FlightSim" not in p["title"])
         self.rank = 2
         self.package("fsltl-traffic-base", "FSLTL", self.size["per_package"], "FSLTL Traffic Base")
