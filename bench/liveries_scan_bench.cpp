@@ -46,7 +46,8 @@ struct ScanFolder {
     bool ready = false;
     ScanFolder() {
         if (!fs::exists(TREE / "seeded.json")) {
-            const std::string command = "python3 '" + (SOURCE / "scripts" / "make_ai_install.py").string() +
+            const std::string command = "python3 '" +
+                                        (SOURCE / "scripts" / "make_ai_install.py").string() +
                                         "' '" + TREE.string() + "' --size large >/dev/null";
             if (std::system(command.c_str()) != 0) return;
         }
@@ -56,7 +57,8 @@ struct ScanFolder {
         fs::create_directories(path / "input");
         fs::create_directories(path / "output");
         std::ifstream in(SOURCE / "data" / "dbase.xml", std::ios::binary);
-        const std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const std::string xml((std::istreambuf_iterator<char>(in)),
+                              std::istreambuf_iterator<char>());
         const std::string sealed = tfx::publish::gf_encryptBytes(xml);
         std::ofstream(path / "input" / "dbase.enc", std::ios::binary)
             .write(sealed.data(), static_cast<std::streamsize>(sealed.size()));
@@ -164,9 +166,11 @@ void BM_ReadScannedLiveries(benchmark::State& state) {
     }
     std::vector<tfx::Livery> list;
     for (auto _ : state)
-        if (!tfx::gf_readScannedLiveries(list, tfx::gf_scannedLiveriesPath())) state.SkipWithError("read failed");
+        if (!tfx::gf_readScannedLiveries(list, tfx::gf_scannedLiveriesPath()))
+            state.SkipWithError("read failed");
     state.counters["liveries"] = static_cast<double>(list.size());
-    state.counters["file_MB"] = static_cast<double>(fs::file_size(tfx::gf_scannedLiveriesPath())) / 1e6;
+    state.counters["file_MB"] =
+        static_cast<double>(fs::file_size(tfx::gf_scannedLiveriesPath())) / 1e6;
     state.counters["peak_MB"] = lf_peakGrowthMb([] {
         std::vector<tfx::Livery> again;
         return tfx::gf_readScannedLiveries(again, tfx::gf_scannedLiveriesPath());

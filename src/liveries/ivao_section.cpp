@@ -8,8 +8,8 @@
 #include "app/log.h"
 #include "app/text_utils.h"
 #include "liveries/aircraft_cfg.h"
-#include "liveries/livery.h"
 #include "liveries/liveries_scan_state.h"
+#include "liveries/livery.h"
 #include "liveries/reference_db.h"
 
 namespace fs = std::filesystem;
@@ -20,7 +20,7 @@ namespace {
 
 // Folders whose titles carry a "W" behind the model (winglet variants).
 constexpr std::string_view WINGLET_FOLDERS[] = {"IVAO_B738WLfa", "IVAO_B739WLfa", "IVAO_A320wCFM",
-                                               "IVAO_A320wIAE", "IVAO_A319fIAEw"};
+                                                "IVAO_A320wIAE", "IVAO_A319fIAEw"};
 
 std::string lf_upper(std::string text) {
     for (char& c : text)
@@ -58,7 +58,8 @@ bool lf_procesIVAOSection(std::uint16_t rank, const std::vector<std::string_view
             if (*title != *v)
                 gf_logLine(fmt::format("removed spaces around title '{}' --> '{}'", *v, *title));
         } else if (auto v = gf_cfgValue(line, CfgKey::atc_parking_types)) {
-            if (parkingTypes) return lf_reject(pathText, head, " has more than one atc_parking_types key");
+            if (parkingTypes)
+                return lf_reject(pathText, head, " has more than one atc_parking_types key");
             parkingTypes = *v;
         } else if (auto v = gf_cfgValue(line, CfgKey::atc_id)) {
             if (atcId) {

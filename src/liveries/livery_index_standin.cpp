@@ -10,7 +10,8 @@ namespace tfx {
 
 void gf_processScannedLiveries() {
     if (!gf_readScannedLiveries())
-        gf_logError(fmt::format("{} could not be read completely", gf_scannedLiveriesPath().string()));
+        gf_logError(
+            fmt::format("{} could not be read completely", gf_scannedLiveriesPath().string()));
 }
 
 }  // namespace tfx

@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     tfx::scanTitles.clear();
     tfx::scanReports.clear();
     tfx::lf_liveriesOfLines(1, lines, "/x/aircraft.cfg");
-    tfx::lf_ivaoLiveriesOfLines(2, lines, "/x/IVAO_MTL/SimObjects/Airplanes/IVAO_B738/aircraft.cfg");
+    tfx::lf_ivaoLiveriesOfLines(2, lines,
+                                "/x/IVAO_MTL/SimObjects/Airplanes/IVAO_B738/aircraft.cfg");
     for (const tfx::Livery& l : tfx::scanList)
         if (l.title.empty() || l.airline == 0 || l.model == 0) __builtin_trap();
     return 0;

@@ -43,9 +43,9 @@ protected:
     // One file of type model with one section of these key lines.
     const Livery* one(const std::string& keys, const std::string& model = "A320") {
         const std::size_t before = scanList.size();
-        lf_liveriesOfLines(1, lf_split("[GENERAL]\nicao_type_designator = " + model +
-                                       "\n[FLTSIM.0]\n" + keys),
-                           "f.cfg");
+        lf_liveriesOfLines(
+            1, lf_split("[GENERAL]\nicao_type_designator = " + model + "\n[FLTSIM.0]\n" + keys),
+            "f.cfg");
         return scanList.size() > before ? &scanList.back() : nullptr;
     }
     std::string airline(const Livery* l) { return l ? gf_airlineCode(l->airline) : "none"; }
@@ -71,24 +71,26 @@ TEST(AircraftCfgKeys, WholeLineMatchesWithoutCaseAndQuotes) {
     EXPECT_EQ(gf_cfgValue("atc_id = \"\"", CfgKey::atc_id), "");
 
     EXPECT_EQ(gf_sectionNumberText(" [FltSim.12] "), "12");
-    for (const char* notHead : {"[fltsim.]", "[fltsim.1] x", ";[fltsim.1]", "[fltsim.-1]", "[fltsimx.1]"})
+    for (const char* notHead :
+         {"[fltsim.]", "[fltsim.1] x", ";[fltsim.1]", "[fltsim.-1]", "[fltsimx.1]"})
         EXPECT_FALSE(gf_sectionNumberText(notHead)) << notHead;
 }
 
 TEST(AircraftCfgKeys, SectionNumbersAndSplitting) {
     EXPECT_EQ(gf_checkSectionNumbers({"[fltsim.10000]", "[fltsim.0]"}).verdict, SectionNumbers::ok);
-    EXPECT_EQ(gf_checkSectionNumbers({"[fltsim.0]", "[fltsim.10001]"}).verdict, SectionNumbers::tooHigh);
+    EXPECT_EQ(gf_checkSectionNumbers({"[fltsim.0]", "[fltsim.10001]"}).verdict,
+              SectionNumbers::tooHigh);
     const auto huge = gf_checkSectionNumbers({"[fltsim.2147483648]"});
     EXPECT_EQ(huge.verdict, SectionNumbers::overflow);
     EXPECT_EQ(huge.badText, "2147483648");
     EXPECT_EQ(gf_checkSectionNumbers({"[fltsim.2147483647]"}).verdict, SectionNumbers::tooHigh);
     EXPECT_EQ(gf_checkSectionNumbers({"[GENERAL]"}).count, 0u);
 
-    const std::vector<std::string> lines = {"[fltsim.0]", "title=a [x]", "  [EFFECTS]", "wake=1",
-                                            "[fltsim.1]", "title=b"};
+    const std::vector<std::string> lines = {"[fltsim.0]", "title=a [x]", "  [EFFECTS]",
+                                            "wake=1",     "[fltsim.1]",  "title=b"};
     const auto plain = gf_splitSections(lines, false);
     ASSERT_EQ(plain.size(), 2u);
-    EXPECT_EQ(plain[0].size(), 2u);  // closed by [EFFECTS], not by "[x]"
+    EXPECT_EQ(plain[0].size(), 2u);                          // closed by [EFFECTS], not by "[x]"
     EXPECT_EQ(gf_splitSections(lines, true)[0].size(), 1u);  // the IVAO layout closes at any "["
 }
 
@@ -105,7 +107,8 @@ TEST_F(AircraftCfg, AirlineCodeRules) {
     EXPECT_TRUE(scanReports.invalidAirlines.empty()) << "RFO is dropped silently";
     EXPECT_EQ(airline(one("title=f\nicao_airline=QQQ\natc_id=G-XXXX")), "PVT");
     EXPECT_TRUE(reported(scanReports.invalidAirlines, "QQQ          in f.cfg"));
-    EXPECT_TRUE(reported(scanReports.incompleteSections, "f.cfg [FLTSIM.0] icao_airline is missing"));
+    EXPECT_TRUE(
+        reported(scanReports.incompleteSections, "f.cfg [FLTSIM.0] icao_airline is missing"));
     EXPECT_EQ(airline(one("title=g\nicao_airline=\"\"\natc_id=G-XXXX")), "PVT");
     EXPECT_EQ(scanReports.incompleteSections.size(), 2u) << "an empty code counts as missing";
 }
@@ -132,7 +135,8 @@ TEST_F(AircraftCfg, RegcodesAndTheReferenceData) {
     EXPECT_EQ(airline(named), "EZY");
     // A heavy without airline and regcode is reported and dropped.
     EXPECT_EQ(one("title=h", "B744"), nullptr);
-    EXPECT_TRUE(reported(scanReports.incompleteSections, "'h' 'f.cfg' has no airline and no regcode info"));
+    EXPECT_TRUE(
+        reported(scanReports.incompleteSections, "'h' 'f.cfg' has no airline and no regcode info"));
 }
 
 TEST_F(AircraftCfg, CargoTitlesAndDuplicates) {
@@ -145,7 +149,8 @@ TEST_F(AircraftCfg, CargoTitlesAndDuplicates) {
     EXPECT_TRUE(scanReports.incompleteSections.empty());
 
     EXPECT_EQ(one("title=a\nicao_airline=DLH"), nullptr);
-    EXPECT_TRUE(reported(scanReports.incompleteSections, "f.cfg [FLTSIM.0] title 'a' already exists"));
+    EXPECT_TRUE(
+        reported(scanReports.incompleteSections, "f.cfg [FLTSIM.0] title 'a' already exists"));
     EXPECT_EQ(one("title=e\ntitle=f\nicao_airline=DLH"), nullptr);
     EXPECT_EQ(one("title=g\nicao_airline=DLH\natc_id=A\natc_id=B"), nullptr);
     EXPECT_EQ(one("title=i\nicao_airline=DLH\nicao_airline=BAW"), nullptr);
@@ -156,7 +161,8 @@ TEST_F(AircraftCfg, CargoTitlesAndDuplicates) {
 TEST_F(AircraftCfg, TheFileModel) {
     EXPECT_EQ(lf_fileModel({"icao_type_designator = \"a320-200\""}, "p"), "A320");
     EXPECT_EQ(lf_fileModel({"icao_type_designator = A32N"}, "p"), "A320");
-    EXPECT_EQ(scanReports.fixes, std::vector<std::string>{"Model fix: A32N found in p changed into A320"});
+    EXPECT_EQ(scanReports.fixes,
+              std::vector<std::string>{"Model fix: A32N found in p changed into A320"});
     EXPECT_EQ(lf_fileModel({"icao_type_designator = ZZ99"}, "p"), std::nullopt);
     EXPECT_EQ(scanReports.invalidModels, std::vector<std::string>{"ZZ99             in p"});
     EXPECT_EQ(lf_fileModel({"base_container = \"..\\asobo_a320_neo\""}, "p"), std::nullopt)
@@ -166,5 +172,6 @@ TEST_F(AircraftCfg, TheFileModel) {
     EXPECT_EQ(scanReports.invalidFiles.size(), 0u) << "a PMDG or Fenix package passes silently";
     EXPECT_EQ(lf_fileModel({"[GENERAL]"}, "q"), std::nullopt);
     EXPECT_EQ(scanReports.invalidFiles,
-              std::vector<std::string>{"Line icao_type_designator= is missing in [General] section of q"});
+              std::vector<std::string>{
+                  "Line icao_type_designator= is missing in [General] section of q"});
 }

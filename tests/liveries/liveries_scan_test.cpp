@@ -79,7 +79,8 @@ TEST_F(LiveriesScan, GeneratedTreeReportsEverySeededFaultAndNothingElse) {
             expected.insert(line);
         }
         const fs::path file = dir.path() / "output" /
-                              (name == "AircraftCfgWithNoFltsimSection.txt" ? "info" : "errors") / name;
+                              (name == "AircraftCfgWithNoFltsimSection.txt" ? "info" : "errors") /
+                              name;
         std::multiset<std::string> got = lf_lines(file);
         if (name == "IncompleFltsimSections.txt") {  // the file has no equal neighbours
             std::set<std::string> unique(expected.begin(), expected.end());
@@ -89,13 +90,16 @@ TEST_F(LiveriesScan, GeneratedTreeReportsEverySeededFaultAndNothingElse) {
     }
     EXPECT_FALSE(fs::exists(dir.path() / "output" / "errors" / "Stale.txt"));
     const std::string log = dir.logText();
-    for (const std::string line : seeded["log"]) EXPECT_NE(log.find(line), std::string::npos) << line;
-    EXPECT_NE(log.find("liveries found in " + (packages / "Community" / "aig-aitraffic-oci").string()),
-              std::string::npos);
+    for (const std::string line : seeded["log"])
+        EXPECT_NE(log.find(line), std::string::npos) << line;
+    EXPECT_NE(
+        log.find("liveries found in " + (packages / "Community" / "aig-aitraffic-oci").string()),
+        std::string::npos);
     for (const char* notTaken : {"_CVT_", "fsdreamteam"})
-        EXPECT_EQ(log.find(std::string("found folder: '") + (packages / "Community").string() + "/" +
-                           (notTaken[0] == '_' ? "aig-aitraffic-oci_CVT_old" : "fsdreamteam-gsx-pro")),
-                  std::string::npos);
+        EXPECT_EQ(
+            log.find(std::string("found folder: '") + (packages / "Community").string() + "/" +
+                     (notTaken[0] == '_' ? "aig-aitraffic-oci_CVT_old" : "fsdreamteam-gsx-pro")),
+            std::string::npos);
 
     std::vector<Livery> stored;
     ASSERT_TRUE(gf_readScannedLiveries(stored, gf_scannedLiveriesPath()));
@@ -107,7 +111,8 @@ TEST_F(LiveriesScan, GeneratedTreeReportsEverySeededFaultAndNothingElse) {
         EXPECT_EQ(gf_modelCode(l->model), p["model"].get<std::string>()) << p["title"];
         EXPECT_EQ(l->regcode, p["regcode"].get<std::string>()) << p["title"];
     }
-    for (const std::string title : seeded["absent"]) EXPECT_EQ(find(stored, title), nullptr) << title;
+    for (const std::string title : seeded["absent"])
+        EXPECT_EQ(find(stored, title), nullptr) << title;
 }
 
 TEST_F(LiveriesScan, RealFilesReadInPlace) {
@@ -126,10 +131,11 @@ TEST_F(LiveriesScan, RealFilesReadInPlace) {
     }
     // The base aircraft's four sections and the two livery-only folders that
     // reach their type through base_container.
-    EXPECT_EQ(titles, (std::set<std::string>{"Airbus A320neo", "Airbus A320 Neo Asobo AirTraffic 00",
-                                             "Airbus A320 Neo Asobo AirTraffic 01",
-                                             "Airbus A320 Neo Asobo AirTraffic 02", "FlyByWire A320 NEO",
-                                             "FlyByWire A320neo XMAS Edition"}));
+    EXPECT_EQ(titles,
+              (std::set<std::string>{"Airbus A320neo", "Airbus A320 Neo Asobo AirTraffic 00",
+                                     "Airbus A320 Neo Asobo AirTraffic 01",
+                                     "Airbus A320 Neo Asobo AirTraffic 02", "FlyByWire A320 NEO",
+                                     "FlyByWire A320neo XMAS Edition"}));
     EXPECT_EQ(find(stored, "Airbus A320 Neo Asobo AirTraffic 01")->regcode, "N320C");
     // A file under another name isn't looked at by the walk; read alone, its
     // heavy with an empty icao_airline and an unknown regcode is reported.
@@ -137,11 +143,13 @@ TEST_F(LiveriesScan, RealFilesReadInPlace) {
     EXPECT_EQ(lf_searchLiveriesinFile(1, a380), 0u);
     const auto& incomplete = scanReports.incompleteSections;
     EXPECT_NE(std::find(incomplete.begin(), incomplete.end(),
-                        "'FlyByWire A380X' '" + a380.string() + "' has no airline and regcode not in dbase"),
+                        "'FlyByWire A380X' '" + a380.string() +
+                            "' has no airline and regcode not in dbase"),
               incomplete.end());
-    EXPECT_NE(std::find(incomplete.begin(), incomplete.end(),
-                        a380.string() + " [FLTSIM.0] icao_airline is missing, or it has invalid info"),
-              incomplete.end());
+    EXPECT_NE(
+        std::find(incomplete.begin(), incomplete.end(),
+                  a380.string() + " [FLTSIM.0] icao_airline is missing, or it has invalid info"),
+        incomplete.end());
 }
 
 TEST_F(LiveriesScan, NothingToScanTellsTheWayOut) {
@@ -210,6 +218,7 @@ TEST_F(LiveriesScan, LowerPackageLosesOnlyTheKeysAHigherOneHas) {
     std::set<std::string> titles;
     for (const Livery& l : stored) titles.insert(l.title);
     EXPECT_EQ(titles, (std::set<std::string>{"DLH one", "BAW two", "DLH two A320"}));
-    EXPECT_NE(dir.logText().find("    1 same airl+model liverie removed because from lower ai-package"),
-              std::string::npos);
+    EXPECT_NE(
+        dir.logText().find("    1 same airl+model liverie removed because from lower ai-package"),
+        std::string::npos);
 }

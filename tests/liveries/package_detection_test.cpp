@@ -71,7 +71,8 @@ TEST(PackageDetection, UserCfgReadsOnlyItsFirst64Lines) {
 
 TEST(PackageDetection, ManifestSearch) {
     test::TempWorkdir dir;
-    const std::string manifest = R"({"title":"T","package_version":"","version":"1.2.3","creator":7})";
+    const std::string manifest =
+        R"({"title":"T","package_version":"","version":"1.2.3","creator":7})";
     fs::path deep = dir.path() / "pkg";
     fs::create_directories(deep);
     dir.write("pkg/manifest.json", manifest);
@@ -98,21 +99,22 @@ TEST(PackageDetection, ManifestSearch) {
 TEST(PackageDetection, AutomaticChoiceOfPackages) {
     test::TempWorkdir dir;
     const fs::path community = dir.path() / "Community";
-    lf_folders(community, {"x-aig-aitraffic-oci_CVT_", "aig-aitraffic-oci-beta", "fsltl-traffic-base-v2",
-                           "justflight-fstraffic-module", "user-aitraffic-b", "user-aitraffic_CVT_a",
-                           "IVAO_MTL"});
+    lf_folders(community, {"x-aig-aitraffic-oci_CVT_", "aig-aitraffic-oci-beta",
+                           "fsltl-traffic-base-v2", "justflight-fstraffic-module",
+                           "user-aitraffic-b", "user-aitraffic_CVT_a", "IVAO_MTL"});
     const auto folders = [&](const char* selector, bool msfs2020) {
         std::vector<std::string> names;
-        for (const auto& f : gf_automaticFolders(community, gf_packageSelection(selector), msfs2020))
+        for (const auto& f :
+             gf_automaticFolders(community, gf_packageSelection(selector), msfs2020))
             names.push_back(f.filename().string());
         return names;
     };
     EXPECT_EQ(folders("MTL, FSLTL", false),
               (std::vector<std::string>{"IVAO_MTL", "fsltl-traffic-base-v2", "user-aitraffic-b"}));
     EXPECT_EQ(folders("AIG", false), std::vector<std::string>{"user-aitraffic-b"});
-    EXPECT_EQ(folders("AIG, JF", true), (std::vector<std::string>{"aig-aitraffic-oci-beta",
-                                                                   "justflight-fstraffic-module",
-                                                                   "user-aitraffic-b"}));
+    EXPECT_EQ(folders("AIG, JF", true),
+              (std::vector<std::string>{"aig-aitraffic-oci-beta", "justflight-fstraffic-module",
+                                        "user-aitraffic-b"}));
     EXPECT_THROW(gf_packageSelection("AIG, AIG"), std::runtime_error);
     EXPECT_THROW(gf_packageSelection(""), std::runtime_error);
 }

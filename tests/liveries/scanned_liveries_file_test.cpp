@@ -41,7 +41,8 @@ protected:
     }
     std::vector<Livery> many(std::size_t n, const std::string& tag) {
         std::vector<Livery> list;
-        for (std::size_t i = 0; i < n; ++i) list.push_back(make(tag + std::to_string(i), "DLH", "A320"));
+        for (std::size_t i = 0; i < n; ++i)
+            list.push_back(make(tag + std::to_string(i), "DLH", "A320"));
         return list;
     }
 
@@ -77,7 +78,8 @@ TEST_F(ScannedLiveriesFile, RoundTripKeepsEveryFieldButRank) {
     ASSERT_EQ(read.size(), 3u);
     for (const Livery& l : read) EXPECT_EQ(l.rank, 0);
     EXPECT_TRUE(std::is_sorted(read.begin(), read.end(), gf_liveryLess));
-    const auto b = std::find_if(read.begin(), read.end(), [](const Livery& l) { return l.title == "B cargo"; });
+    const auto b = std::find_if(read.begin(), read.end(),
+                                [](const Livery& l) { return l.title == "B cargo"; });
     EXPECT_EQ(gf_modelCode(b->model), "B744");
     EXPECT_EQ(b->cargo, 1);
     EXPECT_EQ(b->regcode, "D-ABCD");
@@ -87,7 +89,8 @@ TEST_F(ScannedLiveriesFile, RoundTripKeepsEveryFieldButRank) {
 TEST_F(ScannedLiveriesFile, ReaderRefusesIncompleteFiles) {
     std::vector<Livery> read;
     EXPECT_FALSE(gf_readScannedLiveries(read, file));  // missing
-    dir.write(file.filename().string(), "<root><liveries><l a=\"DLH\" m=\"A320\"/></liveries></root>");
+    dir.write(file.filename().string(),
+              "<root><liveries><l a=\"DLH\" m=\"A320\"/></liveries></root>");
     EXPECT_FALSE(gf_readScannedLiveries(read, file));
     EXPECT_NE(dir.logText().find("Missing required attribute 't' in <l>"), std::string::npos);
     dir.write(file.filename().string(), "<root><liveries/></root>");

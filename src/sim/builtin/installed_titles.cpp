@@ -66,8 +66,8 @@ void lf_readFile(const fs::path& path, std::vector<KnownTitle>& out) {
 std::optional<fs::path> gf_simPackagesFolder() {
     const auto local = pf_localAppData();
     if (!local) return std::nullopt;
-    std::ifstream in(*local / "Packages" / "Microsoft.FlightSimulator_8wekyb3d8bbwe" / "LocalCache" /
-                     "UserCfg.opt");
+    std::ifstream in(*local / "Packages" / "Microsoft.FlightSimulator_8wekyb3d8bbwe" /
+                     "LocalCache" / "UserCfg.opt");
     for (std::string line; std::getline(in, line);) {
         if (line.find("InstalledPackagesPath") == std::string::npos) continue;
         const auto open = line.find('"');
@@ -87,7 +87,8 @@ std::vector<KnownTitle> gf_readInstalledTitles(const fs::path& packages) {
                                                 fs::directory_options::skip_permission_denied,
                                             ec);
         for (; !ec && it != fs::recursive_directory_iterator(); it.increment(ec))
-            if (it->is_regular_file(ec) && lf_lower(it->path().filename().string()) == "aircraft.cfg")
+            if (it->is_regular_file(ec) &&
+                lf_lower(it->path().filename().string()) == "aircraft.cfg")
                 lf_readFile(it->path(), titles);
         ec.clear();
     }
