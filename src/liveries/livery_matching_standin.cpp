@@ -1,8 +1,11 @@
 // STAND-IN for livery matching. Instead of the ladder over the installed
-// catalogue, every aircraft with a known model gets one made-up title per
-// model ("<model> livery"), and an aircraft without a model gets none. The
-// memory of liveries and no-matches and the refused-title rule with its
-// escalation behave as the engine expects. The real matcher replaces this file.
+// catalogue, every aircraft with a known model gets the first title of that
+// model in the scanned liveries that the simulator hasn't refused, whatever
+// its airline; an aircraft without a model, or of a model nobody installed,
+// gets none. The memory of liveries and no-matches and the refused-title rule
+// with its escalation behave as the engine expects. The real matcher
+// replaces this file.
+#include <algorithm>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -14,6 +17,7 @@
 #include "app/user_exception.h"
 #include "gui/gui.h"
 #include "liveries/code_interning.h"
+#include "liveries/livery.h"
 #include "liveries/livery_matching.h"
 #include "traffic/aircraft_base.h"
 
@@ -38,10 +42,12 @@ std::string lf_noMatchKey(const AircraftBase& ac) {
 void gf_matchLivery(AircraftBase& ac, double) {
     ac.livery = {};
     if (ac.aimo.model == 0) return;
-    const std::string_view title =
-        *madeUpTitles.insert(fmt::format("{} livery", gf_modelCode(ac.aimo.model))).first;
-    if (gf_isFailedTitle(title)) return;
-    ac.livery = title;
+    const auto found = std::find_if(scanList.begin(), scanList.end(), [&](const Livery& l) {
+        return l.model == ac.aimo.model && !gf_isFailedTitle(l.title);
+    });
+    if (found == scanList.end()) return;
+    // A copy of its own, so that a later scan can't take the text away.
+    ac.livery = *madeUpTitles.insert(found->title).first;
     ac.fsltlLivery = 0;
     ac.tcasOnly = 0;
 }

@@ -12,4 +12,12 @@ std::optional<std::filesystem::path> pf_roamingAppData() {
     return std::nullopt;
 }
 
+std::optional<std::filesystem::path> pf_localAppData() {
+    if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg != '\0')
+        return std::filesystem::path(xdg);
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0')
+        return std::filesystem::path(home) / ".local" / "share";
+    return std::nullopt;
+}
+
 }  // namespace tfx

@@ -1,4 +1,4 @@
-// Where the user's roaming application data lives.
+// Where the user's roaming and local application data live.
 #pragma once
 
 #include <filesystem>
@@ -9,5 +9,9 @@ namespace tfx {
 // %APPDATA% on Windows; $XDG_CONFIG_HOME, else ~/.config, here.
 // Empty when neither can be found.
 std::optional<std::filesystem::path> pf_roamingAppData();
+
+// The user's local application data: %LOCALAPPDATA% on Windows;
+// $XDG_DATA_HOME, else ~/.local/share, here. Empty when neither is found.
+std::optional<std::filesystem::path> pf_localAppData();
 
 }  // namespace tfx
