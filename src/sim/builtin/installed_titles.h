@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "sim/builtin_sim_scenario.h"
+#include "sim/builtin/builtin_sim_scenario.h"
 
 namespace tfx {
 
