@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -115,7 +114,7 @@ TEST(Log, AFloodOfComplaintsCannotPushOutTheProgramsOwnLines) {
         << log.substr(log.size() - 200);
 }
 
-TEST(Log, AToolsLogGoesWhereItIsToldAndSaysWhyItCannot) {
+TEST(Log, AToolsLogGoesWhereItIsToldNotIntoTheWorkingFolder) {
     TempWorkdir dir(false);
     fs::create_directory(dir.path() / "elsewhere");
     tfx::gf_openLogAt(dir.path() / "elsewhere" / "tool_Log.txt");
@@ -123,16 +122,6 @@ TEST(Log, AToolsLogGoesWhereItIsToldAndSaysWhyItCannot) {
     tfx::gf_closeLog();
     EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
     EXPECT_NE(dir.read("elsewhere/tool_Log.txt").find("from a tool"), std::string::npos);
-
-    fs::create_directory(dir.path() / "Log.txt");
-    try {
-        tfx::gf_openLog();
-        ADD_FAILURE() << "a folder in the log's place can't be written";
-    } catch (const std::runtime_error& e) {
-        EXPECT_NE(std::string(e.what()).find("Failed to write file Log.txt: Is a directory"),
-                  std::string::npos)
-            << e.what();
-    }
 }
 
 TEST(Banner, StarsAroundTextOrTextAlone) {

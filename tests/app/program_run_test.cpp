@@ -78,15 +78,18 @@ bool has(const std::string& text, const std::string& what) {
 
 }  // namespace
 
-TEST(ProgramRun, EveryStopSignalClosesAsTheUserWouldInAnyState) {
-    // Early (starting up), waiting for the simulator, and with the session running.
+TEST(ProgramRun, EveryStopSignalOrTheRunTimeClosesAsTheUserWouldInAnyState) {
+    // Early (starting up), waiting for the simulator, and with the session
+    // running; signal 0 stands for the run time given on the command line.
     const std::pair<int, std::chrono::milliseconds> cases[] = {
-        {SIGINT, 50ms}, {SIGTERM, 400ms}, {SIGHUP, 2500ms}};
+        {SIGINT, 50ms}, {SIGTERM, 400ms}, {SIGHUP, 2500ms}, {0, 0ms}};
     for (const auto& [signal, after] : cases) {
         ProgramFolder dir;
-        const ProgramProcess run = startProgram(dir, {});
+        const ProgramProcess run =
+            startProgram(dir, signal == 0 ? std::vector<std::string>{"--duration", "2"}
+                                          : std::vector<std::string>{});
         std::this_thread::sleep_for(after);
-        ::kill(run.pid, signal);
+        if (signal != 0) ::kill(run.pid, signal);
         EXPECT_EQ(exitCodeWithin(run, 10s), 0) << "signal " << signal;
         const std::string log = dir.read("Log.txt");
         EXPECT_TRUE(has(log, "Exiting: USER CLOSED SIM")) << signal << "\n" << log;

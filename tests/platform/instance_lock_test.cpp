@@ -27,21 +27,3 @@ TEST(InstanceLock, SecondHolderIsRefusedUntilReleased) {
     EXPECT_TRUE(tfx::pf_acquireInstanceLock(file, again));
     tfx::pf_releaseInstanceLock(again);
 }
-
-TEST(InstanceLock, AFolderIsLockedAsItStandsWithoutWritingIntoIt) {
-    tfx::test::TempWorkdir dir(false);
-    tfx::InstanceLock first;
-    ASSERT_TRUE(tfx::pf_acquireFolderLock(dir.path(), first));
-    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
-
-    const pid_t child = ::fork();
-    if (child == 0) {
-        tfx::InstanceLock second;
-        ::_exit(tfx::pf_acquireFolderLock(dir.path(), second) ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    tfx::pf_releaseInstanceLock(first);
-    EXPECT_THROW(tfx::pf_acquireFolderLock(dir.path() / "missing", first), std::runtime_error);
-}
