@@ -18,8 +18,7 @@ constexpr int POINT_EVERY_TICKS = 500;
 constexpr double LAT_PER_POINT = TRACK_KT * 5 / 3600 / 60;
 
 // Close enough over a few metres, and cheap for thousands of aircraft a tick.
-double lf_flatDistance_m(double lat1, double lon1, double lat2, double lon2,
-                         double cosLat = 0) {
+double lf_flatDistance_m(double lat1, double lon1, double lat2, double lon2, double cosLat = 0) {
     if (cosLat == 0) cosLat = std::cos(lat1 * 0.017453292519943295);
     return std::hypot((lat2 - lat1) * METRES_PER_DEG, (lon2 - lon1) * METRES_PER_DEG * cosLat);
 }
@@ -116,9 +115,8 @@ TEST_F(TrafficTest, ReportsBeyondTheCategoryAreFollowedOnlyAtItsLimits) {
     // of the stream, impossible for a Large aircraft.
     constexpr double ABSURD_KT = 99999;
     for (int k = 0; k < 12; ++k) {
-        TrafficMessage m =
-            airborne(0x4C0801, "FAST1", 1000.0 + 5 * k, 20.0 + ABSURD_KT * 5 / 3600 / 60 * k,
-                     5000 + 100000.0 / 12 * k);
+        TrafficMessage m = airborne(0x4C0801, "FAST1", 1000.0 + 5 * k,
+                                    20.0 + ABSURD_KT * 5 / 3600 / 60 * k, 5000 + 100000.0 / 12 * k);
         m.point.speed = ABSURD_KT;
         m.point.tas = ABSURD_KT;
         m.point.vs = 100000;
