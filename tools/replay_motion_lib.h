@@ -235,7 +235,7 @@ struct Figures {
     double bankLimit_deg = 0;
     double maxBankRate_degps = 0;
     double bankRateLimit_degps = 0;
-    double maxPitchRate_degps = 0;  // in the air, outside takeoff and landing
+    double maxPitchRate_degps = 0;  // every state: rotation, flare and touchdown too
     double pitchRateLimit_degps = 0;
     double maxClimb_fpm = 0;     // from the altitude per tick, in the air
     double maxDescent_fpm = 0;   // (negative)
@@ -243,7 +243,44 @@ struct Figures {
     double maxTrackError_m = 0;  // played track against the reported point at its tick
     double meanTrackError_m = 0;
     std::size_t reportsMatched = 0;
+    // The constant delay of the played track behind the reports (a late
+    // create, say), seconds, and the track error once it is taken out.
+    double lag_s = 0;
+    double maxLagFreeError_m = 0;
+    double meanLagFreeError_m = 0;
 };
+
+// The sample of an aircraft at a tick, or nullptr.
+inline const Sample* gf_sampleAt(const std::vector<const Sample*>& samples, std::int32_t tick) {
+    const auto it = std::lower_bound(samples.begin(), samples.end(), tick,
+                                     [](const Sample* s, std::int32_t t) { return s->tick < t; });
+    return it == samples.end() || (*it)->tick != tick ? nullptr : *it;
+}
+
+inline double gf_errorAt_m(const std::vector<const Sample*>& samples, const Reported& r,
+                           std::int32_t tick) {
+    const Sample* s = gf_sampleAt(samples, tick);
+    if (s == nullptr) return -1;
+    return gf_distanceNm({r.lat, r.lon}, {s->m.lat, s->m.lon}) * METRES_PER_NM;
+}
+
+// The shift in ticks (played later than reported: positive) at which the
+// played track comes closest to a moving report, within a minute.
+inline std::int32_t gf_bestShift(const std::vector<const Sample*>& samples, const Reported& r) {
+    std::int32_t best = 0;
+    double bestError = -1;
+    const auto probe = [&](std::int32_t shift) {
+        const double e = gf_errorAt_m(samples, r, r.tick + shift);
+        if (e >= 0 && (bestError < 0 || e < bestError)) {
+            bestError = e;
+            best = shift;
+        }
+    };
+    for (std::int32_t shift = -6000; shift <= 6000; shift += 10) probe(shift);
+    const std::int32_t coarse = best;
+    for (std::int32_t shift = coarse - 10; shift <= coarse + 10; ++shift) probe(shift);
+    return best;
+}
 
 // Largest jump in one tick that a speed allows, metres: a leg may be flown
 // up to a fifth faster than reported while it catches up with the data.
@@ -294,13 +331,11 @@ inline std::vector<Figures> gf_figures(const Recording& rec) {
                 f.maxTurnRate_degps = std::max(f.maxTurnRate_degps, turn * DEG_PER_RAD * 100);
                 f.maxBankRate_degps = std::max(f.maxBankRate_degps,
                                                std::abs(b.m.bank - a.m.bank) * DEG_PER_RAD * 100);
-                const bool cruise =
-                    b.state == FlightState::flying && a.state == FlightState::flying;
-                if (cruise) {
-                    f.maxPitchRate_degps = std::max(
-                        f.maxPitchRate_degps, std::abs(b.m.pitch - a.m.pitch) * DEG_PER_RAD * 100);
-                }
             }
+            // Whatever the state: a rotation or a flare that pitches faster
+            // than the category allows must show.
+            f.maxPitchRate_degps =
+                std::max(f.maxPitchRate_degps, std::abs(b.m.pitch - a.m.pitch) * DEG_PER_RAD * 100);
             if (!air) {
                 // On the ground the simulator's ground height sets the altitude.
                 havePrevVs = false;
@@ -327,6 +362,29 @@ inline std::vector<Figures> gf_figures(const Recording& rec) {
             ++f.reportsMatched;
         }
         f.meanTrackError_m = f.reportsMatched > 0 ? sum / f.reportsMatched : 0;
+        // The lag: the median best shift over the reports that move.
+        std::vector<std::int32_t> shifts;
+        for (const auto& r : rec.reports) {
+            if (r.hexid == hexid && r.speed_kt > 30 && gf_sampleAt(samples, r.tick) != nullptr)
+                shifts.push_back(gf_bestShift(samples, r));
+        }
+        std::int32_t lag = 0;
+        if (!shifts.empty()) {
+            std::nth_element(shifts.begin(), shifts.begin() + shifts.size() / 2, shifts.end());
+            lag = shifts[shifts.size() / 2];
+        }
+        f.lag_s = lag / 100.0;
+        double lagFreeSum = 0;
+        std::size_t lagFreeCount = 0;
+        for (const auto& r : rec.reports) {
+            if (r.hexid != hexid) continue;
+            const double e = gf_errorAt_m(samples, r, r.tick + lag);
+            if (e < 0) continue;
+            f.maxLagFreeError_m = std::max(f.maxLagFreeError_m, e);
+            lagFreeSum += e;
+            ++lagFreeCount;
+        }
+        f.meanLagFreeError_m = lagFreeCount > 0 ? lagFreeSum / lagFreeCount : 0;
         out.push_back(f);
     }
     return out;
@@ -334,19 +392,22 @@ inline std::vector<Figures> gf_figures(const Recording& rec) {
 
 inline std::string gf_figuresText(const std::vector<Figures>& all) {
     std::string out = fmt::format(
-        "{:8} {:10} {:6} {:>9} {:>9} {:>8} {:>11} {:>13} {:>13} {:>8} {:>8} {:>9} {:>9} {:>9}\n",
+        "{:8} {:10} {:6} {:>9} {:>9} {:>8} {:>11} {:>13} {:>13} {:>8} {:>8} {:>9} {:>9} {:>9} "
+        "{:>6} {:>9} {:>9}\n",
         "callsign", "category", "frames", "jump m", "allowed", "turn d/s", "bank d/lim",
-        "bankrate/lim", "pitchrt/lim", "climb", "descent", "vs jump", "trk max m", "trk mean");
+        "bankrate/lim", "pitchrt/lim", "climb", "descent", "vs jump", "trk max m", "trk mean",
+        "lag s", "-lag max", "-lag mean");
     Figures total;
-    double meanSum = 0;
+    double meanSum = 0, lagFreeSum = 0;
     for (const auto& f : all) {
         out += fmt::format(
             "{:8} {:10} {:6} {:9.2f} {:9.2f} {:8.2f} {:5.1f}/{:<5.0f} {:6.2f}/{:<6.2f} "
-            "{:6.2f}/{:<6.2f} {:8.0f} {:8.0f} {:9.0f} {:9.0f} {:9.0f}\n",
+            "{:6.2f}/{:<6.2f} {:8.0f} {:8.0f} {:9.0f} {:9.0f} {:9.0f} {:6.1f} {:9.0f} {:9.0f}\n",
             f.callsign, gf_categoryWord(f.category), f.frames, f.maxJump_m, f.allowedJump_m,
             f.maxTurnRate_degps, f.maxBank_deg, f.bankLimit_deg, f.maxBankRate_degps,
             f.bankRateLimit_degps, f.maxPitchRate_degps, f.pitchRateLimit_degps, f.maxClimb_fpm,
-            f.maxDescent_fpm, f.maxVsJump_fpm, f.maxTrackError_m, f.meanTrackError_m);
+            f.maxDescent_fpm, f.maxVsJump_fpm, f.maxTrackError_m, f.meanTrackError_m, f.lag_s,
+            f.maxLagFreeError_m, f.meanLagFreeError_m);
         total.frames += f.frames;
         total.maxJump_m = std::max(total.maxJump_m, f.maxJump_m);
         total.maxTurnRate_degps = std::max(total.maxTurnRate_degps, f.maxTurnRate_degps);
@@ -357,16 +418,22 @@ inline std::string gf_figuresText(const std::vector<Figures>& all) {
         total.maxDescent_fpm = std::min(total.maxDescent_fpm, f.maxDescent_fpm);
         total.maxVsJump_fpm = std::max(total.maxVsJump_fpm, f.maxVsJump_fpm);
         total.maxTrackError_m = std::max(total.maxTrackError_m, f.maxTrackError_m);
+        if (std::abs(f.lag_s) > std::abs(total.lag_s)) total.lag_s = f.lag_s;
+        total.maxLagFreeError_m = std::max(total.maxLagFreeError_m, f.maxLagFreeError_m);
         meanSum += f.meanTrackError_m * static_cast<double>(f.reportsMatched);
+        lagFreeSum += f.meanLagFreeError_m * static_cast<double>(f.reportsMatched);
         total.reportsMatched += f.reportsMatched;
     }
-    const double mean = total.reportsMatched > 0 ? meanSum / total.reportsMatched : 0;
+    const double n = static_cast<double>(total.reportsMatched);
+    const double mean = total.reportsMatched > 0 ? meanSum / n : 0;
+    const double lagFreeMean = total.reportsMatched > 0 ? lagFreeSum / n : 0;
     out += fmt::format(
         "{:8} {:10} {:6} {:9.2f} {:>9} {:8.2f} {:5.1f}{:6} {:6.2f}{:7} {:6.2f}{:7} {:8.0f} "
-        "{:8.0f} {:9.0f} {:9.0f} {:9.0f}\n",
+        "{:8.0f} {:9.0f} {:9.0f} {:9.0f} {:6.1f} {:9.0f} {:9.0f}\n",
         "total", "", total.frames, total.maxJump_m, "", total.maxTurnRate_degps, total.maxBank_deg,
         "", total.maxBankRate_degps, "", total.maxPitchRate_degps, "", total.maxClimb_fpm,
-        total.maxDescent_fpm, total.maxVsJump_fpm, total.maxTrackError_m, mean);
+        total.maxDescent_fpm, total.maxVsJump_fpm, total.maxTrackError_m, mean, total.lag_s,
+        total.maxLagFreeError_m, lagFreeMean);
     return out;
 }
 

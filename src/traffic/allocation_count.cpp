@@ -38,7 +38,9 @@ std::uint64_t gf_threadAllocations() {
 
 #if ZEPT_COUNT_ALLOCATIONS
 
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
 
 void* operator new(std::size_t size) {
     ++threadAllocations;

@@ -1,7 +1,8 @@
 // Creates leave at five a second, so in a burst the last aircraft go out
 // many seconds after their first point was due. Such an aircraft is placed
-// on its stream where it is due at the moment its object comes to life, and
-// starts there on time instead of chasing its data from a stale point.
+// on its stream where it is due at the moment its object appears, instead of
+// at a stale point; the seconds of set-up that follow it makes up within its
+// speed limits (lf_limitLegSpeed).
 #include <cmath>
 
 #include "traffic/clock.h"
@@ -47,7 +48,7 @@ void lf_placeForCreate(CreateRequest& request) {
     LiveAircraft* ac = gf_findLive(request.hexid);
     if (ac == nullptr || ac->simState != SimState::adding2sim) return;
     if (ac->flightState == FlightState::parked) return;
-    if (!lf_advanceStream(ac->stream, gf_simTick() + OBJECT_SETUP_TICKS)) return;
+    if (!lf_advanceStream(ac->stream, gf_simTick())) return;
     const StreamPoint& front = ac->stream.front();
     ac->lat = front.lat;
     ac->lon = front.lon;

@@ -32,7 +32,8 @@ void lf_limitLegSpeed(LiveAircraft& ac) {
     if (ac.stream.size() < 2) return;
     StreamPoint& next = ac.stream[1];
     if (next.same != 0) return;
-    double reported_kt = std::max(lf_positiveOr0(ac.stream.front().speed), lf_positiveOr0(next.speed));
+    double reported_kt =
+        std::max(lf_positiveOr0(ac.stream.front().speed), lf_positiveOr0(next.speed));
     if (reported_kt <= 0) reported_kt = lf_legSpeed(ac);
     const double allowed_kt =
         std::min(reported_kt * CATCH_UP_FACTOR, gf_motionLimits(ac.category).maxSpeed_kt);
@@ -42,7 +43,8 @@ void lf_limitLegSpeed(LiveAircraft& ac) {
     const std::int64_t earliest =
         static_cast<std::int64_t>(gf_simTick()) + static_cast<std::int64_t>(std::ceil(shortest));
     if (next.time >= earliest) return;
-    next.time = static_cast<std::int32_t>(std::min<std::int64_t>(earliest, std::numeric_limits<std::int32_t>::max()));
+    next.time = static_cast<std::int32_t>(
+        std::min<std::int64_t>(earliest, std::numeric_limits<std::int32_t>::max()));
 }
 
 void lf_limitVerticalSpeed(LiveAircraft& ac) {

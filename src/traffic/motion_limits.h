@@ -17,12 +17,12 @@ struct MotionLimits {
 
 // Indexed by AircraftCategory.
 inline constexpr std::array<MotionLimits, 6> MOTION_LIMITS = {{
-    {350, 4000, 5000},      // Light
-    {650, 8000, 8000},      // Bizjet
-    {750, 6000, 8000},      // Large
-    {800, 5000, 7000},      // Heavy
-    {1600, 40000, 40000},   // HighPerf
-    {250, 5000, 4000},      // Rotorcraft
+    {350, 4000, 5000},     // Light
+    {650, 8000, 8000},     // Bizjet
+    {750, 6000, 8000},     // Large
+    {800, 5000, 7000},     // Heavy
+    {1600, 40000, 40000},  // HighPerf
+    {250, 5000, 4000},     // Rotorcraft
 }};
 
 // A leg is flown at most this much faster than its reported speed.

@@ -30,7 +30,7 @@ void lf_handleAddingStack();
 // Ticks from an object's identifier to its set-up, when it starts to move.
 inline constexpr std::int32_t OBJECT_SETUP_TICKS = 200;
 // A live create about to leave: the aircraft and the request move to where
-// the aircraft is due when its object starts to move.
+// the aircraft is due now, when its object appears.
 void lf_placeForCreate(CreateRequest& request);
 
 void lf_handleTrafficMessage(TrafficMessage& message);
