@@ -79,7 +79,9 @@ void lf_eraseStatic(StaticAircraft& ac) {
 void lf_objectRemoved(const SimMessage& m) {
     if (LiveAircraft* ac = gf_findLiveByObjectId(m.objectid)) {
         if (ac->simState == SimState::liveryrespawn) {
-            // Back to the spawn gate, to be created again with a new object.
+            // Back to the spawn gate, to be created again with a new object;
+            // the old object's plan file goes with it.
+            gf_removeFlightPlan(*ac);
             ac->simState = SimState::buffer;
             ac->throttleIndex = 5;
             ac->flapsIndex = 4;

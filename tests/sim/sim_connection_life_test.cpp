@@ -16,6 +16,7 @@
 #include "app/run_flags.h"
 #include "app/run_state.h"
 #include "feeds/rtapp/reader_state.h"
+#include "feeds/rtapp/rt_app_position.h"
 #include "sim/builtin/builtin_sim.h"
 #include "sim/sim_client.h"
 #include "sim/sim_ids.h"
@@ -168,4 +169,21 @@ TEST_F(SimConnectionLifeTest, AfterACrashAndRestartRequestsAreRenewedAndLostObje
         << "the once-a-second data comes again on the new connection\n"
         << dir.logText();
     EXPECT_FALSE(gf_exitRequest()) << "a simulator that comes back does not end the session";
+}
+
+TEST_F(SimConnectionLifeTest, EveryPositionReportAsksAgainAndMovesTheRangeCentreEvenForAerowinx) {
+    params.PSX_SERVER_HERE.current = true;
+    setOptions([](Options& o) { o.AEROWINX = true; });  // no TCP link to us
+    UserData user;
+    user.lat = 50.5;
+    user.lon = 8.5;
+    gf_storeUserData(user);
+    gf_sendPosition();
+    const SimCommands queued = gf_peekSimCommands();
+    EXPECT_TRUE(std::any_of(queued.requests.begin(), queued.requests.end(),
+                            [](const SimRequest& r) { return r.kind == REQUEST_USER_POSITION; }))
+        << "the next report has fresh data";
+    std::lock_guard lock(trafficReaderState.positionLock);
+    EXPECT_EQ(trafficReaderState.position.lat, 50.5);
+    EXPECT_EQ(trafficReaderState.position.lon, 8.5);
 }

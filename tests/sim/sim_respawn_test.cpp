@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include <fmt/format.h>
 
@@ -83,6 +84,7 @@ protected:
 }  // namespace
 
 TEST_F(SimRespawnTest, ANewRouteRecreatesTheAircraftAsANewObjectWhereItFlies) {
+    std::filesystem::create_directory(dir.path() / "orig_dest");
     deliverFlight(0x4C0B01, "UAL9", "A320", "LHR", "JFK", "");
     const std::uint32_t oldOid = runUntilActive(0x4C0B01, 400);
     ASSERT_NE(oldOid, 0u) << dir.logText();
@@ -100,6 +102,9 @@ TEST_F(SimRespawnTest, ANewRouteRecreatesTheAircraftAsANewObjectWhereItFlies) {
     ASSERT_NE(newOid, 0u);
     EXPECT_EQ(sim.object(newOid)->title, "A320 livery") << "a new route keeps the livery";
     EXPECT_EQ(live(0x4C0B01)->orig, iata("CDG"));
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "orig_dest" / fmt::format("{}.pln", oldOid)))
+        << "the old object's plan went with it";
+    EXPECT_TRUE(std::filesystem::exists(dir.path() / "orig_dest" / fmt::format("{}.pln", newOid)));
 }
 
 TEST_F(SimRespawnTest, ARegcodeOfAnotherModelRecreatesTheAircraftInTheNewLivery) {

@@ -143,4 +143,10 @@ TEST(BuiltinSimRough, TheScenarioChoosesTheHabits) {
     const std::string log = dir.logText();
     EXPECT_NE(log.find("r.json: rough: \"stall_ms\" below 0"), std::string::npos) << log;
     EXPECT_NE(log.find("r.json: rough: \"create_never_every\" is not a number"), std::string::npos);
+
+    const auto restart =
+        gf_readSimScenario(std::string(ZEPT_SOURCE_DIR) + "/data/sim_scenario_restart.json");
+    ASSERT_TRUE(restart);
+    EXPECT_EQ(restart->rough.restart_at_s, 120.0);
+    EXPECT_TRUE(restart->rough.restart_crash);
 }
