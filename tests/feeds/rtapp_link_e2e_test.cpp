@@ -545,3 +545,24 @@ TEST_F(RtAppRoad, AFrozenApplicationShowsSilentAndRecoversAsAfterARestart) {
 }
 
 }  // namespace
+
+namespace {
+
+// Two applications on one link: the one in use keeps it while its traffic
+// comes, and the other is turned away instead of the two taking turns.
+TEST_F(RtAppRoad, TwoLiveApplicationsDoNotTakeTheLinkInTurn) {
+    standin::App& first = startApp(false, true);
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    standin::App& second = startApp(false, true);
+    for (int i = 0; i < 20; ++i) {
+        gf_sendPosition();
+        std::this_thread::sleep_for(100ms);
+    }
+    EXPECT_EQ(first.stats.connections.load(), 1);
+    EXPECT_EQ(second.stats.bufferRequests.load(), 0);
+    EXPECT_FALSE(gf_exitRequest());
+    EXPECT_NE(dir.logText().find("A second RealTraffic connection was turned away"),
+              std::string::npos);
+}
+
+}  // namespace
