@@ -42,6 +42,11 @@ ZEPT_DATA_DIR="$PWD/data" ./zept --rt-app --status 2 --duration $((minutes * 60 
 zept_pid=$!
 cd "$src"
 sleep 40  # start-up: history, parked list, first live traffic
+if ! kill -0 "$zept_pid" 2>/dev/null; then
+  echo "ZEPT ended during its start: $(head -1 hostile/console.txt)"
+  echo "(another program on this machine may hold port $tcp_port or $traffic_port)"
+  exit 1
+fi
 
 rss_kb() { awk '/^VmRSS:/ {print $2}' "/proc/$zept_pid/status" 2>/dev/null || echo 0; }
 log_bytes() { stat -c %s hostile/Log.txt 2>/dev/null || echo 0; }
