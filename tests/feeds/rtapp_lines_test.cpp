@@ -280,16 +280,25 @@ TEST_F(RtAppLines, WithoutMarkersBatchesGoOutByCycle) {
         now += step_ms;
         gf_processRTAppLine(state, text, now);
     };
-    at(traffic(4000001, "RTBUF"), 0);
-    at(traffic(4000001, "RTBUF"), 10);  // history repeats aircraft: one batch
-    at(traffic(4000002), 10);           // live traffic ends the history
+    // History repeats aircraft: one batch, cut into pieces by the reports'
+    // times (24 s old: played 6 s ahead; 2 s and 0 s old: 24 s ahead, as
+    // live ones would be).
+    at(standin::gf_trafficLine("RTBUF", lf_report(4000001), 1732319972), 0);
+    at(standin::gf_trafficLine("RTBUF", lf_report(4000001), 1732319994), 10);
+    at(standin::gf_trafficLine("RTBUF", lf_report(4000005), 1732319996), 10);
+    at(traffic(4000002), 10);  // live traffic ends the history
     EXPECT_TRUE(state.bufferDone);
-    ASSERT_EQ(handed.size(), 1u);
-    EXPECT_EQ(handed[0].count, 2u);
-    EXPECT_NE(handed[0].delay_s, 30);
+    ASSERT_EQ(handed.size(), 2u);
+    EXPECT_EQ(handed[0].delay_s, 6);
+    EXPECT_EQ(handed[1].delay_s, 24);
+    EXPECT_EQ(handed[1].count, 2u);
+    handed.erase(handed.begin());
 
     at(traffic(4000003), 500);
-    at(traffic(4000002), 1500);  // reports again: the cycle was 2 s
+    at(traffic(4000002), 10);  // the same report again (a repeating network): not a new cycle
+    EXPECT_EQ(handed.size(), 1u);
+    at(standin::gf_trafficLine("RTTFC", lf_report(4000002), 1732320004), 1490);
+    // 4000002 reports again: the cycle was 2 s
     ASSERT_EQ(handed.size(), 2u);
     EXPECT_EQ(handed[1].count, 2u);
     EXPECT_EQ(handed[1].delay_s, 30);

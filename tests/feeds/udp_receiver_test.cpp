@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "feeds/rtapp/udp_receiver.h"
+#include "feeds/seen_sets.h"
 #include "support/temp_workdir.h"
 
 using namespace tfx;
@@ -62,6 +63,23 @@ TEST(UdpReceiver, RepeatsAndOversizeDatagramsAndStop) {
 TEST(UdpReceiver, LoopOnAClosedSocketThrowsInsteadOfSpinning) {
     Collecting reader;
     EXPECT_THROW(reader.receiveLoop(), std::runtime_error);
+}
+
+}  // namespace
+
+namespace {
+
+// A flood of distinct aircraft cannot grow the seen sets past their bound.
+TEST(SeenSets, AFloodStopsAtTheBound) {
+    SeenSets road;
+    BatchSeen batch;
+    for (std::uint32_t i = 0; i < 3 * MAX_SEEN; ++i) {
+        gf_addSeen(batch, {"C" + std::to_string(i), 100000 + i});
+        if (i % 1000 == 999) gf_mergeSeen(road, batch);
+    }
+    gf_mergeSeen(road, batch);
+    EXPECT_EQ(road.hexids.size(), MAX_SEEN);
+    EXPECT_EQ(road.callsigns.size(), MAX_SEEN);
 }
 
 }  // namespace

@@ -55,6 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (end == std::string_view::npos) break;
         text.remove_prefix(end + 1);
     }
+    // Whatever waits without a marker goes out after a cycle's wait.
+    tfx::gf_trafficReaderIdle(s, tfx::gf_steadyMillis() + 60000);
     tfx::gf_processRTAppLine(s, "RTTFC_EOT");
     tfx::gf_takeParkedList(s);
     return 0;

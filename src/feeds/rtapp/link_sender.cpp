@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "app/complaint_limit.h"
+#include "app/exit_request.h"
 #include "app/log.h"
 #include "app/winsock_errors.h"
 #include "feeds/rtapp/reader_state.h"
@@ -77,9 +79,20 @@ void lf_send(const Outgoing& item) {
     if (!appSocket.bufferRequested) drainReceiveBuffer();
 }
 
+ComplaintLimit linkComplaints;
+
+// The connection in use is alive while its traffic comes; one that never
+// brought any, or fell silent, may be a frozen or restarted application.
+bool lf_currentLooksAlive() {
+    const std::int64_t last = trafficReaderState.lastDatagram_ms.load();
+    return last != 0 && gf_steadyMillis() - last < rtAppTiming.silentFeed_ms;
+}
+
 // While connected, a second connection on the listening socket is the
 // application again (restarted, or woken after a freeze): it replaces the
-// old one, and the reader starts over with it.
+// old one when that one has gone silent, and the reader starts over with
+// it. While the old one is alive the newcomer is turned away, so that two
+// applications never take the link from each other in turn.
 void lf_takeReplacement() {
     if (!appSocket.connected) return;
     SharedSocket listener;
@@ -88,8 +101,15 @@ void lf_takeReplacement() {
         listener = appSocket.listenSocket;
     }
     if (!listener || gf_waitReadable(listener->fd, 0) <= 0) return;
-    const SocketFd client = gf_acceptClient(listener->fd);
+    SocketFd client = gf_acceptClient(listener->fd);
     if (client == NO_SOCKET) return;
+    if (lf_currentLooksAlive()) {
+        gf_closeSocket(client);
+        if (gf_keepRunning())
+            gf_complain(linkComplaints, "second connection",
+                        "A second RealTraffic connection was turned away: the one in use is alive");
+        return;
+    }
     try {
         gf_takeAppClient(client);
     } catch (const std::exception& e) {

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include <unordered_set>
+#include <unordered_map>
 
 #include "app/complaint_limit.h"
 #include "feeds/decode_context.h"
@@ -71,7 +71,7 @@ struct TrafficReaderState {
     // Hand-over without end markers.
     BatchKind batchKind = BatchKind::none;
     std::int64_t batchStart_ms = 0;  // steady clock, first record of the batch
-    std::unordered_set<std::uint32_t> batchHexids;
+    std::unordered_map<std::uint32_t, double> batchHexids;  // newest report time of each
     std::int64_t cycle_ms = DEFAULT_CYCLE_MS;
     bool liveMarkersSeen = false;    // an "RTTFC_EOT" came on this link
     bool bufferMarkersSeen = false;  // an "RTBUF_SEP" or "RTBUF_EOT" came

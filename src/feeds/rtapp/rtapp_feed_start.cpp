@@ -70,6 +70,8 @@ bool lf_connectRTApp() {
             appSocket.waiting = false;
             return false;
         }
+        // Nothing a stale connection left behind carries over to this one.
+        gf_resetReaderState(trafficReaderState);
         sendDataPacket("Qs999=version\r\n");
         const std::string reply = receive();
         lf_sleepWhileRunning(rtAppTiming.probe_ms);

@@ -4,6 +4,7 @@
 // Applications that send no end markers get their batches handed over after
 // one of their cycles; no batch grows past MAX_BATCH.
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 
@@ -23,7 +24,7 @@ namespace {
 
 constexpr int LIVE_DELAY_S = 30;
 constexpr int BUFFER_PIECE_S = 6;
-constexpr int UNMARKED_HISTORY_DELAY_S = 0;
+constexpr int HISTORY_PIECES = 5;
 constexpr std::size_t LOGGED_LINE_CHARS = 200;  // of a bad line, in the log
 
 void lf_takeContext(TrafficReaderState& s) {
@@ -93,11 +94,36 @@ void lf_noteNoMarkers(TrafficReaderState& s) {
         lf_handoverWait_ms(s)));
 }
 
+// History without separators: the pieces are cut by the reports' own
+// times, so that each report is played as far behind its time as the live
+// ones are, and the history joins the live traffic without a jump.
+void lf_handOverHistory(TrafficReaderState& s) {
+    double newest = 0;
+    for (const auto& m : s.batch) newest = std::max(newest, m.time);
+    std::array<std::vector<TrafficMessage>, HISTORY_PIECES> pieces;
+    for (auto& m : s.batch) {
+        const double age_s = newest - m.time;
+        const int k =
+            std::clamp(static_cast<int>(std::floor((LIVE_DELAY_S - age_s) / BUFFER_PIECE_S)), 0,
+                       HISTORY_PIECES - 1);
+        pieces[static_cast<std::size_t>(k)].push_back(std::move(m));
+    }
+    s.batch.clear();
+    gf_mergeSeen(rtAppSeen, s.batchSeen);
+    s.batchKind = BatchKind::none;
+    s.batchHexids.clear();
+    for (int k = 0; k < HISTORY_PIECES; ++k) {
+        auto& piece = pieces[static_cast<std::size_t>(k)];
+        if (!piece.empty())
+            (s.sink ? s.sink : &gf_handleTrafficBatch)(piece, BUFFER_PIECE_S * k, true);
+    }
+}
+
 // Hands the batch over as its kind asks when no marker did.
 void lf_handOverUnmarked(TrafficReaderState& s) {
     s.contextValid = false;
     if (s.batchKind == BatchKind::history) {
-        lf_handOver(s, UNMARKED_HISTORY_DELAY_S);
+        lf_handOverHistory(s);
         lf_historyOver(s, false);
     } else {
         lf_handOver(s, LIVE_DELAY_S);
@@ -120,7 +146,10 @@ void lf_beforeRecord(TrafficReaderState& s, BatchKind kind, std::int64_t now_ms)
 // history holds several reports of each aircraft and waits for its end.
 void lf_afterMessage(TrafficReaderState& s, TrafficMessage&& m, std::int64_t now_ms) {
     if (s.batchKind == BatchKind::live && !s.liveMarkersSeen) {
-        if (s.batchHexids.contains(m.hexid)) {
+        const auto seen = s.batchHexids.find(m.hexid);
+        // The same report twice (a repeating network) is one report.
+        if (seen != s.batchHexids.end() && seen->second >= m.time) return;
+        if (seen != s.batchHexids.end()) {
             const std::int64_t measured = now_ms - s.batchStart_ms;
             if (measured > 0) s.cycle_ms = (s.cycle_ms + measured) / 2;
             lf_noteNoMarkers(s);
@@ -128,7 +157,7 @@ void lf_afterMessage(TrafficReaderState& s, TrafficMessage&& m, std::int64_t now
             s.batchKind = BatchKind::live;
             s.batchStart_ms = now_ms;
         }
-        s.batchHexids.insert(m.hexid);
+        s.batchHexids[m.hexid] = m.time;
     }
     s.batch.push_back(std::move(m));
 }

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "app/complaint_limit.h"
 #include "app/log.h"
 #include "feeds/qnh.h"
 #include "feeds/rtapp/rtapp_readers.h"
@@ -20,6 +21,12 @@ namespace {
 
 std::int32_t readerQnh = 0;  // the weather thread's copy
 std::atomic<std::int64_t> lastGood_s{0};
+ComplaintLimit weatherComplaints;
+constexpr std::size_t LOGGED_TEXT_CHARS = 200;  // of a bad datagram, in the log
+
+std::string_view lf_short(std::string_view text) {
+    return text.substr(0, LOGGED_TEXT_CHARS);
+}
 
 }  // namespace
 
@@ -28,13 +35,14 @@ void gf_takeWeatherDatagram(std::string_view text) {
         const auto data = nlohmann::json::parse(text);
         const auto it = data.is_object() ? data.find("QNH") : data.end();
         if (it == data.end() || !it->is_number()) {
-            gf_logLine(fmt::format("no QNH {}", text));
+            gf_complain(weatherComplaints, "no QNH", fmt::format("no QNH {}", lf_short(text)));
             return;
         }
         const double value = it->get<double>();
         if (!std::isfinite(value) || value < 900.0 || value > 1100.0) {
-            gf_logError(
-                fmt::format("{} in {}", fmt::format("QNH outside limits: {:.2F}", value), text));
+            gf_complain(weatherComplaints, "QNH outside limits",
+                        fmt::format("{} in {}", fmt::format("QNH outside limits: {:.2F}", value),
+                                    lf_short(text)));
             return;
         }
         lastGood_s = std::chrono::duration_cast<std::chrono::seconds>(
@@ -47,7 +55,8 @@ void gf_takeWeatherDatagram(std::string_view text) {
             Gui::enqueueUpdate({GuiKind::Qnh, std::int64_t{rounded}});
         }
     } catch (const std::exception& e) {
-        gf_logLine(fmt::format("Exception {}, in {}", e.what(), text));
+        gf_complain(weatherComplaints, "weather exception",
+                    fmt::format("Exception {}, in {}", e.what(), lf_short(text)));
     }
 }
 
