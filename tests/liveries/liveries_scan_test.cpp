@@ -17,6 +17,7 @@
 #include "liveries/liveries_scan_state.h"
 #include "liveries/reference_db.h"
 #include "liveries/scanned_liveries_file.h"
+#include "sim/builtin/installed_titles.h"
 #include "support/sealed_dbase.h"
 #include "support/temp_workdir.h"
 
@@ -113,6 +114,13 @@ TEST_F(LiveriesScan, GeneratedTreeReportsEverySeededFaultAndNothingElse) {
     }
     for (const std::string title : seeded["absent"])
         EXPECT_EQ(find(stored, title), nullptr) << title;
+
+    // The simulator, reading the same files its own way, knows every title
+    // taken: in UTF-16 and CP1252 files too.
+    std::set<std::string> installed;
+    for (const KnownTitle& t : gf_readInstalledTitles(packages)) installed.insert(t.title);
+    for (const Livery& l : stored) EXPECT_TRUE(installed.contains(l.title)) << l.title;
+    EXPECT_TRUE(installed.contains("Cessna Skyhawk G1000 Asobo"));
 }
 
 TEST_F(LiveriesScan, RealFilesReadInPlace) {
