@@ -177,7 +177,12 @@ class Tree:
         if fault == "fictional":
             title = self.unique_title(f"{prefix} Fictional {model} {airline} {reg}")
         if fault == "stub":
-            title = self.unique_title(f"{prefix} {model} {airline} {reg}-STUB")
+            self.titles.discard(title)
+            base, n = f"{prefix} {model} {airline} {reg}", 2
+            while base + "-STUB" in self.titles:
+                base, n = f"{prefix} {model} {airline} {reg} {n}", n + 1
+            title = base + "-STUB"
+            self.titles.add(title)
         key = lambda k: k.capitalize() if self.rng.random() < 0.15 else k
         lines = [head, f'{key("title")} = "{title}" ; Variation name',
                  f'model = "" ; model folder', f'texture = "{airline}" ; texture folder']
@@ -390,7 +395,7 @@ class Tree:
             lines = ["[VERSION]", "major = 1", "minor = 0", "", "[GENERAL]", 'Category = "airplane"', ""]
             for i, row in enumerate(by_model[model]):
                 head = f"[fltsim.{i}]"
-                airline, texture = row["airline"], row["airline"] + row["reg"].replace("-", "")
+                airline, texture = row["airline"], f'{row["airline"]}{row["reg"].replace("-", "")}_{i}'
                 fault = None
                 if self.small and i == 0 and not self.ivao_faults:
                     fault = self.ivao_faults_todo.pop(0) if self.ivao_faults_todo else None

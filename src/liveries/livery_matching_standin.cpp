@@ -2,7 +2,8 @@
 // catalogue, every aircraft with a known model gets the first title of that
 // model in the scanned liveries that the simulator hasn't refused, whatever
 // its airline; an aircraft without a model, or of a model nobody installed,
-// gets none. The memory of liveries and no-matches and the refused-title rule
+// gets none. With no scanned liveries loaded at all, a model gets the
+// made-up title "<model> livery". The memory of liveries and no-matches and the refused-title rule
 // with its escalation behave as the engine expects. The real matcher
 // replaces this file.
 #include <algorithm>
@@ -42,12 +43,21 @@ std::string lf_noMatchKey(const AircraftBase& ac) {
 void gf_matchLivery(AircraftBase& ac, double) {
     ac.livery = {};
     if (ac.aimo.model == 0) return;
-    const auto found = std::find_if(scanList.begin(), scanList.end(), [&](const Livery& l) {
-        return l.model == ac.aimo.model && !gf_isFailedTitle(l.title);
-    });
-    if (found == scanList.end()) return;
-    // A copy of its own, so that a later scan can't take the text away.
-    ac.livery = *madeUpTitles.insert(found->title).first;
+    std::string_view title;
+    if (scanList.empty()) {
+        // No scan loaded at all (the engine run on its own): one made-up
+        // title per model, as before there was a scan.
+        title = *madeUpTitles.insert(fmt::format("{} livery", gf_modelCode(ac.aimo.model))).first;
+        if (gf_isFailedTitle(title)) return;
+    } else {
+        const auto found = std::find_if(scanList.begin(), scanList.end(), [&](const Livery& l) {
+            return l.model == ac.aimo.model && !gf_isFailedTitle(l.title);
+        });
+        if (found == scanList.end()) return;
+        // A copy of its own, so that a later scan can't take the text away.
+        title = *madeUpTitles.insert(found->title).first;
+    }
+    ac.livery = title;
     ac.fsltlLivery = 0;
     ac.tcasOnly = 0;
 }

@@ -38,7 +38,10 @@ protected:
         scanTitles.clear();
         dontUseTitles.clear();
     }
-    void TearDown() override { gf_clearReferenceData(); }
+    void TearDown() override {
+        scanList.clear();
+        gf_clearReferenceData();
+    }
 
     // One file of type model with one section of these key lines.
     const Livery* one(const std::string& keys, const std::string& model = "A320") {
@@ -174,4 +177,28 @@ TEST_F(AircraftCfg, TheFileModel) {
     EXPECT_EQ(scanReports.invalidFiles,
               std::vector<std::string>{
                   "Line icao_type_designator= is missing in [General] section of q"});
+}
+
+TEST_F(AircraftCfg, IvaoLayoutTakesModelFromFolderAndAirlineFromTitle) {
+    const std::string folder =
+        (dir.path() / "x" / "IVAO_MTL" / "SimObjects" / "Airplanes" / "IVAO_B738WLfa").string();
+    std::filesystem::create_directories(folder + "/texture.DLH");
+    const std::string path = folder + "/aircraft.cfg";
+    const auto lines = lf_split(
+        "[fltsim.0]\ntitle= B738W dlh Lufthansa \ntexture=DLH\natc_id=D-ABCD\n"
+        "[fltsim.1]\ntitle=B738W QQQ x\n"
+        "[fltsim.2]\ntitle=B738W DLH y\ntexture=NONE\n"
+        "[fltsim.3]\ntitle=B738 Lufthansa\natc_id=N12345\n"
+        "[fltsim.4]\ntitle=Something\natc_id=DABCD\n");
+    EXPECT_EQ(lf_ivaoLiveriesOfLines(1, lines, path), 2u);
+    EXPECT_EQ(scanList[0].title, "B738W dlh Lufthansa");
+    EXPECT_EQ(airline(&scanList[0]), "DLH");
+    EXPECT_EQ(gf_modelCode(scanList[0].model), "B738");
+    EXPECT_EQ(airline(&scanList[1]), "EZY") << "no code in the title: the regcode's record";
+    EXPECT_TRUE(reported(scanReports.invalidAirlines, "QQQ"));
+    EXPECT_TRUE(reported(scanReports.incompleteSections, "texture.NONE does not exist"));
+    EXPECT_TRUE(
+        reported(scanReports.incompleteSections,
+                 " misses airlinecode in title: B738 Lufthansa, and regcode unknown N12345"));
+    EXPECT_EQ(lf_ivaoLiveriesOfLines(1, lines, "/x/IVAO_MTL/elsewhere/aircraft.cfg"), 0u);
 }

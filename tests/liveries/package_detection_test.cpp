@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "airports/install_path.h"
+#include "airports/package_record.h"
 #include "app/parameters.h"
 #include "app/run_state.h"
 #include "liveries/liveries_walk.h"
@@ -125,4 +126,44 @@ TEST(PackageDetection, WalkSkipsSceneryAndDeepFolders) {
     EXPECT_FALSE(gf_skippedFolder("/c/Community/pkg/Airport"));  // the words are case-sensitive
     EXPECT_FALSE(gf_skippedFolder(std::string(249, 'a')));
     EXPECT_TRUE(gf_skippedFolder(std::string(250, 'a')));
+}
+
+TEST(PackageDetection, PublisherAndAirportOfARecord) {
+    test::TempWorkdir dir;
+    fs::create_directories(dir.path() / "pkg" / "scenery");
+    const PackageLookups lookups{[](std::string_view text) -> std::optional<std::string> {
+                                     if (text.find("Asobo") != std::string_view::npos)
+                                         return "Asobo Studio";
+                                     if (text.find("Microsoft") != std::string_view::npos)
+                                         return "Microsoft";
+                                     if (text.find("orbx") != std::string_view::npos) return "Orbx";
+                                     return std::nullopt;
+                                 },
+                                 [](std::string_view text) -> std::optional<std::string> {
+                                     if (text.find("eham") != std::string_view::npos) return "EHAM";
+                                     if (text.find("EGLL") != std::string_view::npos) return "EGLL";
+                                     return std::nullopt;
+                                 },
+                                 [](std::string_view code) { return code == "EGKK"; }};
+    const auto publisher = [&](const std::string& manifest, const fs::path& bgl) {
+        dir.write("pkg/manifest.json", manifest);
+        PackagedFile file{bgl, std::nullopt, false};
+        return gf_publisherOfRecord(file, lookups);
+    };
+    const fs::path bgl = dir.path() / "pkg" / "scenery" / "x.bgl";
+    EXPECT_EQ(publisher("{}", dir.path() / "microsoft-AIRPORT-x" / "a.bgl"), "simaddon");
+    EXPECT_EQ(publisher(R"({"manufacturer":"Microsoft"})", bgl), "simaddon");
+    EXPECT_EQ(publisher(R"({"manufacturer":"Asobo studio"})", bgl), "simaddon");
+    EXPECT_EQ(publisher(R"({"manufacturer":"x","creator":"orbx"})", bgl), "Orbx");
+    EXPECT_EQ(publisher(R"({"manufacturer":"x"})", bgl), std::nullopt);
+
+    // The folder's code beats the stem, the stem beats the manifest's title.
+    dir.write("pkg/manifest.json", R"({"title":"London EGLL"})");
+    PackagedFile inFolder{dir.path() / "airport-eham-amsterdam" / "EGKK.bgl", std::nullopt, false};
+    EXPECT_EQ(gf_airportCodeOfRecord(inFolder, lookups), "EHAM");
+    PackagedFile byStem{dir.path() / "pkg" / "scenery" / "EGKK.bgl", std::nullopt, false};
+    EXPECT_EQ(gf_airportCodeOfRecord(byStem, lookups), "EGKK");
+    EXPECT_FALSE(byStem.packageSearched) << "the manifest is read only when needed";
+    PackagedFile byTitle{dir.path() / "pkg" / "scenery" / "EGXX.bgl", std::nullopt, false};
+    EXPECT_EQ(gf_airportCodeOfRecord(byTitle, lookups), "EGLL");
 }
