@@ -40,7 +40,7 @@ using namespace tfx;
 
 namespace {
 
-const fs::path SOURCE = fs::path(__FILE__).parent_path().parent_path();
+const fs::path SOURCE = ZEPT_SOURCE_DIR;
 const fs::path TESTDATA = SOURCE.parent_path() / "shared" / "testdata" / "real";
 constexpr std::size_t SYNTHETIC_LIVERIES = 20000;
 

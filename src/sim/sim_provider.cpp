@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
-#include "liveries/livery_index.h"
 #include "sim/builtin_sim.h"
 
 namespace tfx {
@@ -35,18 +34,6 @@ std::filesystem::path lf_scenarioPath() {
     return {};
 }
 
-// A simulator creates what is installed and nothing else: each session the
-// built-in one learns the titles of the livery catalogue just built.
-void lf_learnInstalledTitles(BuiltinSim& sim) {
-    const auto titles = gf_installedTitles(*gf_liveryIndex());
-    if (titles.empty()) return;
-    std::vector<KnownTitle> known;
-    known.reserve(titles.size());
-    for (const auto& [title, model] : titles)
-        known.push_back({std::string(title), gf_modelCode(model), std::nullopt, std::nullopt});
-    sim.setKnownTitles(std::move(known));
-}
-
 }  // namespace
 
 bool gf_selectSimProvider() {
@@ -67,7 +54,6 @@ bool gf_selectSimProvider() {
         builtinSim->run();
         builtinSim->loadFlight();
     }
-    lf_learnInstalledTitles(*builtinSim);
     gf_setSimConnectApi(builtinSim.get());
     return true;
 }
