@@ -1,6 +1,10 @@
 #!/usr/bin/env bash
 # Prepares a program folder from a build: the program, its docs folder, the
-# sealed data files and the built-in simulator's demo scenario.
+# sealed data files, the built-in simulator's scenario and the demo simulator
+# installation (AI packages and the simulator's UserCfg.opt) in simulator/.
+# ZEPT and the built-in simulator find the installation through UserCfg.opt
+# under the local application data folder: run with
+# XDG_DATA_HOME=DEST/simulator/localappdata.
 #   scripts/program_folder.sh BUILD_DIR DEST
 set -euo pipefail
 src="$(cd "$(dirname "$0")/.." && pwd)"
@@ -10,4 +14,16 @@ mkdir -p "$dest/docs" "$dest/input"
 cp "$build/zept" "$dest/zept"
 cp "$build/input/dbase.enc" "$dest/input/dbase.enc"
 cp "$build/input/AIG-regcodes.enc" "$dest/input/AIG-regcodes.enc"
-cp "$src/data/sim_scenario_demo.json" "$dest/sim_scenario.json"
+# The scenario without its own list of titles: the installation says what is installed.
+python3 - "$src/data/sim_scenario_egtk.json" "$dest/sim_scenario.json" <<'PY'
+import json, sys
+scenario = json.load(open(sys.argv[1], encoding="utf-8"))
+scenario.pop("installed", None)
+json.dump(scenario, open(sys.argv[2], "w", encoding="utf-8"), indent=2)
+PY
+rm -rf "$dest/simulator"
+mkdir -p "$dest/simulator"
+cp -r "$src/data/ai_install_small/Packages" "$src/data/ai_install_small/localappdata" "$dest/simulator/"
+packages="$(cd "$dest/simulator/Packages" && pwd)"
+sed -i "s|^InstalledPackagesPath .*|InstalledPackagesPath \"$packages\"|" \
+  "$dest/simulator/localappdata/Packages/Microsoft.FlightSimulator_8wekyb3d8bbwe/LocalCache/UserCfg.opt"

@@ -38,6 +38,8 @@ if [[ $standin == 1 ]]; then
   echo "run: the stand-in RealTraffic application replays data/rt_scenario_egtk.csv (run/standin.txt)"
 fi
 cd run
+# The demo simulator installation in run/simulator (scripts/program_folder.sh).
+export XDG_DATA_HOME="$PWD/simulator/localappdata"
 status=0
 ./zept "${words[@]}" || status=$?
 if [[ $standin == 1 && -f motion.csv ]]; then

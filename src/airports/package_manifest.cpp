@@ -58,7 +58,8 @@ std::optional<PackageData> gf_searchManifest(const fs::path& path) {
             current = std::move(parent);
         }
     } catch (const std::exception& e) {
-        gf_logLine(fmt::format("Exception in gf_searchManifest for '{}': {}", path.string(), e.what()));
+        gf_logLine(
+            fmt::format("Exception in gf_searchManifest for '{}': {}", path.string(), e.what()));
     }
     return std::nullopt;
 }

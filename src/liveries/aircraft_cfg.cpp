@@ -146,11 +146,10 @@ std::vector<std::vector<std::string_view>> gf_splitSections(const std::vector<st
             continue;
         }
         if (!open) continue;
-        const bool closes = ivaoLayout ? line.find('[') != std::string::npos
-                                       : [&] {
-                                             const std::size_t at = lf_skipBlanks(line, 0);
-                                             return at < line.size() && line[at] == '[';
-                                         }();
+        const bool closes = ivaoLayout ? line.find('[') != std::string::npos : [&] {
+            const std::size_t at = lf_skipBlanks(line, 0);
+            return at < line.size() && line[at] == '[';
+        }();
         if (closes)
             open = false;
         else
@@ -165,7 +164,8 @@ std::optional<std::string_view> gf_baseContainerModel(std::string_view container
         bool same = true;
         for (std::size_t i = 0; i < container.size() && same; ++i) {
             const char c = container[i];
-            same = ((c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c) == row.container[i];
+            same =
+                ((c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c) == row.container[i];
         }
         if (same) return row.model;
     }

@@ -54,9 +54,9 @@ bool lf_sectionsUsable(const std::vector<std::string>& lines, const std::string&
         return false;
     }
     if (numbers.verdict == SectionNumbers::tooHigh) {
-        scanReports.invalidFiles.push_back(fmt::format(
-            "{} contains a [fltsim.x] section with a number < 0 or > {}", pathText,
-            MAX_FLTSIM_NUMBER));
+        scanReports.invalidFiles.push_back(
+            fmt::format("{} contains a [fltsim.x] section with a number < 0 or > {}", pathText,
+                        MAX_FLTSIM_NUMBER));
         return false;
     }
     return true;
@@ -85,8 +85,7 @@ std::optional<std::string> lf_fileModel(const std::vector<std::string>& lines,
         if (!raw) continue;
         // "..\Asobo_A320_NEO": the folder's name after its "..\".
         const std::size_t open = raw->find('"');
-        const std::size_t close =
-            open == std::string_view::npos ? open : raw->find('"', open + 1);
+        const std::size_t close = open == std::string_view::npos ? open : raw->find('"', open + 1);
         if (close == std::string_view::npos || close - open - 1 < 4) break;
         const auto model = gf_baseContainerModel(raw->substr(open + 4, close - open - 4));
         if (!model) break;
@@ -109,8 +108,8 @@ std::size_t lf_liveriesOfLines(std::uint16_t rank, const std::vector<std::string
         try {
             added += lf_procesFltSimSection(rank, std::move(section), *model, pathText) ? 1 : 0;
         } catch (const std::exception& e) {
-            gf_logLine(
-                fmt::format("Exception in lf_procesFltSimSection: {}, file: {}", e.what(), pathText));
+            gf_logLine(fmt::format("Exception in lf_procesFltSimSection: {}, file: {}", e.what(),
+                                   pathText));
         }
     }
     return added;
@@ -122,8 +121,8 @@ std::size_t lf_searchLiveriesinFile(std::uint16_t rank, const fs::path& path) {
         if (!lf_readCfg(path, lines)) return 0;
         return lf_liveriesOfLines(rank, lines, path.string());
     } catch (const std::exception& e) {
-        gf_logLine(fmt::format("! Exception in lf_searchLiveriesinFile {}: {}", path.string(),
-                               e.what()));
+        gf_logLine(
+            fmt::format("! Exception in lf_searchLiveriesinFile {}: {}", path.string(), e.what()));
     }
     return 0;
 }

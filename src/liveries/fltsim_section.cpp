@@ -7,8 +7,8 @@
 
 #include "app/text_utils.h"
 #include "liveries/aircraft_cfg.h"
-#include "liveries/livery.h"
 #include "liveries/liveries_scan_state.h"
+#include "liveries/livery.h"
 #include "liveries/reference_db.h"
 
 namespace tfx {
@@ -55,7 +55,8 @@ const RegcodeRecord* lf_recordNamedInTitle(const std::string& title) {
 }  // namespace
 
 const RegcodeRecord& lf_lookupRegcodeVariants(std::string_view regcode) {
-    if (regcode.size() >= 5 && regcode.front() != 'N' && regcode.find('-') == std::string_view::npos) {
+    if (regcode.size() >= 5 && regcode.front() != 'N' &&
+        regcode.find('-') == std::string_view::npos) {
         const std::string rest2 = fmt::format("{}-{}", regcode.substr(0, 2), regcode.substr(2));
         if (const RegcodeRecord& r = gf_lookupRegcode(rest2); r.valid) return r;
         const std::string rest1 = fmt::format("{}-{}", regcode.substr(0, 1), regcode.substr(1));

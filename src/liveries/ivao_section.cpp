@@ -1,6 +1,6 @@
 // The IVAO layout: the model stands in the folder's name (IVAO_B738), the
 // airline in the title right after the model ("B738 DLH ...").
-#include <regex>
+#include <algorithm>
 #include <string>
 
 #include <fmt/format.h>
@@ -8,8 +8,8 @@
 #include "app/log.h"
 #include "app/text_utils.h"
 #include "liveries/aircraft_cfg.h"
-#include "liveries/livery.h"
 #include "liveries/liveries_scan_state.h"
+#include "liveries/livery.h"
 #include "liveries/reference_db.h"
 
 namespace fs = std::filesystem;
@@ -20,7 +20,7 @@ namespace {
 
 // Folders whose titles carry a "W" behind the model (winglet variants).
 constexpr std::string_view WINGLET_FOLDERS[] = {"IVAO_B738WLfa", "IVAO_B739WLfa", "IVAO_A320wCFM",
-                                               "IVAO_A320wIAE", "IVAO_A319fIAEw"};
+                                                "IVAO_A320wIAE", "IVAO_A319fIAEw"};
 
 std::string lf_upper(std::string text) {
     for (char& c : text)
@@ -28,13 +28,48 @@ std::string lf_upper(std::string text) {
     return text;
 }
 
+bool lf_word(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+bool lf_blank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
+}
+
+// ".../IVAO_MTL/SimObjects/Airplanes/IVAO_<word>/aircraft.cfg": the word.
+std::optional<std::string> lf_folderWord(std::string_view path, std::string_view package) {
+    const std::string middle = "/" + std::string(package) + "/SimObjects/Airplanes/IVAO_";
+    constexpr std::string_view tail = "/aircraft.cfg";
+    if (!path.ends_with(tail)) return std::nullopt;
+    const std::size_t at = path.rfind(middle);
+    if (at == std::string_view::npos || at == 0) return std::nullopt;
+    const std::string_view word =
+        path.substr(at + middle.size(), path.size() - tail.size() - at - middle.size());
+    if (word.empty() || !std::all_of(word.begin(), word.end(), lf_word)) return std::nullopt;
+    return std::string(word);
+}
+
 std::optional<std::string> lf_modelOfPath(const std::string& pathText) {
-    static const std::regex mtl(R"(.+/IVAO_MTL/SimObjects/Airplanes/IVAO_(\w+)/aircraft\.cfg$)");
-    static const std::regex csl(R"(.+/ivao_x-csl/SimObjects/Airplanes/IVAO_(\w+)/aircraft\.cfg$)");
-    std::smatch m;
-    if (!std::regex_match(pathText, m, mtl) && !std::regex_match(pathText, m, csl))
-        return std::nullopt;
-    return lf_validatedModel(lf_upper(m[1].str().substr(0, 4)), pathText);
+    auto word = lf_folderWord(pathText, "IVAO_MTL");
+    if (!word) word = lf_folderWord(pathText, "ivao_x-csl");
+    if (!word) return std::nullopt;
+    return lf_validatedModel(lf_upper(word->substr(0, 4)), pathText);
+}
+
+// The airline in a title "<model> DLH ...": the three word characters after
+// the model (and its "W"), blanks between allowed; case doesn't matter.
+std::optional<std::string> lf_airlineOfTitle(std::string_view title, const std::string& head) {
+    if (title.size() < head.size()) return std::nullopt;
+    for (std::size_t i = 0; i < head.size(); ++i)
+        if (lf_upper(std::string(1, title[i])) != lf_upper(std::string(1, head[i])))
+            return std::nullopt;
+    std::size_t at = head.size();
+    while (at < title.size() && lf_blank(title[at])) ++at;
+    if (at + 3 > title.size()) return std::nullopt;
+    const std::string_view code = title.substr(at, 3);
+    if (!std::all_of(code.begin(), code.end(), lf_word)) return std::nullopt;
+    if (title.find_first_of("\r\n", at) != std::string_view::npos) return std::nullopt;
+    return std::string(code);
 }
 
 bool lf_reject(const std::string& pathText, const std::string& head, const std::string& what) {
@@ -58,7 +93,8 @@ bool lf_procesIVAOSection(std::uint16_t rank, const std::vector<std::string_view
             if (*title != *v)
                 gf_logLine(fmt::format("removed spaces around title '{}' --> '{}'", *v, *title));
         } else if (auto v = gf_cfgValue(line, CfgKey::atc_parking_types)) {
-            if (parkingTypes) return lf_reject(pathText, head, " has more than one atc_parking_types key");
+            if (parkingTypes)
+                return lf_reject(pathText, head, " has more than one atc_parking_types key");
             parkingTypes = *v;
         } else if (auto v = gf_cfgValue(line, CfgKey::atc_id)) {
             if (atcId) {
@@ -93,12 +129,9 @@ bool lf_procesIVAOSection(std::uint16_t rank, const std::vector<std::string_view
     bool winglets = false;
     for (std::string_view folder : WINGLET_FOLDERS)
         winglets = winglets || pathText.find(folder) != std::string::npos;
-    const std::regex titleRule(model + (winglets ? "W" : "") + R"(\s*(\w\w\w).*$)",
-                               std::regex::icase);
-    std::smatch m;
     Livery livery;
-    if (std::regex_match(*title, m, titleRule)) {
-        const std::string airline = lf_upper(m[1].str());
+    if (const auto code = lf_airlineOfTitle(*title, model + (winglets ? "W" : ""))) {
+        const std::string airline = lf_upper(*code);
         if (!gf_isValidAirline(airline)) {
             scanReports.invalidAirlines.push_back(fmt::format("{:12} in {}", airline, pathText));
             return false;

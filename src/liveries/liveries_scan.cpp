@@ -52,7 +52,8 @@ void lf_loadDontUseTitles() {
     std::error_code ec;
     if (!fs::exists(enc, ec)) {
         gf_logError(fmt::format("{} not available", enc.string()));
-    } else if (const auto plain = gf_decryptToTemporary(enc, fs::path("input") / "AIG-regcodes.xml")) {
+    } else if (const auto plain =
+                   gf_decryptToTemporary(enc, fs::path("input") / "AIG-regcodes.xml")) {
         std::vector<RegcodeEntry> entries;
         const bool ok = gf_readAigRegcodesXml(*plain, entries);
         fs::remove(*plain, ec);
@@ -130,7 +131,8 @@ int gf_runFolderWalk(const std::vector<fs::path>& folders, bool prioritize) {
         ++walked;
         const std::string where = fmt::format("found in {}", folder.string());
         if (walk.liveries > 0)
-            gf_logLine(fmt::format("{:5} liverie{} {}", walk.liveries, lf_plural(walk.liveries), where));
+            gf_logLine(
+                fmt::format("{:5} liverie{} {}", walk.liveries, lf_plural(walk.liveries), where));
         else
             gf_logLine(fmt::format("No liveries {}", where));
         gf_logLine(fmt::format("{:5} aircraft.cfg file{} read, {} folder{} skipped by name",
@@ -143,8 +145,9 @@ int gf_runFolderWalk(const std::vector<fs::path>& folders, bool prioritize) {
     if (walked > 1 && prioritize) {
         gf_logLine("\nPrioritizing the scanned liveries ...");
         const std::size_t removed = lf_prioritize(scanList);
-        gf_logLine(fmt::format("{:5} same airl+model liverie{} removed because from lower ai-package",
-                               removed, lf_plural(removed)));
+        gf_logLine(
+            fmt::format("{:5} same airl+model liverie{} removed because from lower ai-package",
+                        removed, lf_plural(removed)));
         gf_logLine(fmt::format("{:5} in total", scanList.size()));
     }
     std::sort(scanList.begin(), scanList.end(), gf_liveryLess);
@@ -176,15 +179,17 @@ std::vector<fs::path> gf_liveryFolders(bool automatic) {
         if (!fs::exists(p.current, ec)) {
             gf_logError(fmt::format("{}: '{}' does not exist", p.key, p.current));
             throw UserRelatedException(
-                243, fmt::format("the path pointed to by parameter '{}' does not exist, see Log.txt!",
-                                 p.key));
+                243,
+                fmt::format("the path pointed to by parameter '{}' does not exist, see Log.txt!",
+                            p.key));
         }
         folders.emplace_back(p.current);
     }
     if (folders.empty())
         throw UserRelatedException(
-            48, fmt::format("Exit {} first!   Then set one or more lfolder parameters to your liveries",
-                            PROGRAM_NAME));
+            48,
+            fmt::format("Exit {} first!   Then set one or more lfolder parameters to your liveries",
+                        PROGRAM_NAME));
     return folders;
 }
 
@@ -208,7 +213,8 @@ void gf_scanLiveries() {
         const std::vector<fs::path> folders = gf_liveryFolders(automatic);
         switch (gf_runFolderWalk(folders, prioritize)) {
             case 0:
-                Gui::enqueueUpdate({GuiKind::LiveryCount, static_cast<std::int64_t>(scanList.size())});
+                Gui::enqueueUpdate(
+                    {GuiKind::LiveryCount, static_cast<std::int64_t>(scanList.size())});
                 gf_showStatus(fmt::format("Liveries scan finished: {} liveries", scanList.size()),
                               true);
                 break;

@@ -20,9 +20,9 @@ constexpr std::string_view PACKAGE_WORDS[] = {"AIG", "FSLTL", "JF", "MTL"};
 constexpr std::string_view PACKAGE_LOG_NAMES[] = {"AIG", "FSLTL", "JF", "IVAO_MTL"};
 
 // Scenery publishers and the like: nothing of theirs holds AI aircraft.
-constexpr std::string_view SKIPPED_WORDS[] = {"airport",     "lvfr",      "mkstudios",
-                                              "simwings",    "fsdreamteam", "navigraph",
-                                              "flytampa",    "inibuilds", "_CVT_"};
+constexpr std::string_view SKIPPED_WORDS[] = {"airport",  "lvfr",        "mkstudios",
+                                              "simwings", "fsdreamteam", "navigraph",
+                                              "flytampa", "inibuilds",   "_CVT_"};
 constexpr std::size_t MAX_FOLDER_PATH_BYTES = 250;
 constexpr std::size_t PROGRESS_EVERY_FILES = 250;
 
@@ -117,7 +117,8 @@ std::vector<fs::path> gf_automaticFolders(const fs::path& community,
     for (const fs::path& folder : userFolders) {
         const std::string name = folder.filename().string();
         if (!lf_has(name, "user-aitraffic") || lf_has(name, "_CVT_")) continue;
-        gf_logLine(fmt::format("Automatic user-aitraffic scan found folder: '{}'", folder.string()));
+        gf_logLine(
+            fmt::format("Automatic user-aitraffic scan found folder: '{}'", folder.string()));
         folders.push_back(folder);
     }
     return folders;

@@ -56,7 +56,8 @@ bool gf_readRegcodeTextFile(const fs::path& path, std::vector<RegcodeEntry>& ent
             const std::vector<std::string> listed = lf_regcodeList(fields[1]);
             for (const std::string& code : listed) {
                 if (code.size() < 3 || code.size() > 12) {
-                    gf_logError(fmt::format("wrong regcode length '{}' in {}", code, path.string()));
+                    gf_logError(
+                        fmt::format("wrong regcode length '{}' in {}", code, path.string()));
                     ok = false;
                 } else {
                     entry.regcodes.push_back(code);
@@ -122,7 +123,8 @@ bool gf_readAigRegcodesXml(const fs::path& path, std::vector<RegcodeEntry>& entr
             ok = false;
         }
         previous = title;
-        entries.push_back({title, lf_regcodeList(l.attribute("r").value()), l.attribute("s").as_bool()});
+        entries.push_back(
+            {title, lf_regcodeList(l.attribute("r").value()), l.attribute("s").as_bool()});
     }
     lf_logRead(entries, from, path);
     return ok;

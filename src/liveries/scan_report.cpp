@@ -17,8 +17,8 @@ namespace tfx {
 ScanReports scanReports;
 
 void ScanReports::clear() {
-    for (auto* list : {&invalidAirlines, &invalidModels, &fixes, &invalidFiles,
-                       &incompleteSections, &noSectionFiles})
+    for (auto* list : {&invalidAirlines, &invalidModels, &fixes, &invalidFiles, &incompleteSections,
+                       &noSectionFiles})
         list->clear();
 }
 

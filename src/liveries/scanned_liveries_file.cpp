@@ -61,7 +61,8 @@ bool lf_buildDocument(pugi::xml_document& doc, const std::vector<Livery>& list) 
         pugi::xml_node node = liveries.append_child("l");
         if (!node) return lf_fail("failed to add Livery node");
         bool ok = node.append_attribute("a").set_value(gf_airlineCode(l.airline).c_str());
-        if (l.opr != 0) ok = ok && node.append_attribute("o").set_value(gf_airlineCode(l.opr).c_str());
+        if (l.opr != 0)
+            ok = ok && node.append_attribute("o").set_value(gf_airlineCode(l.opr).c_str());
         ok = ok && node.append_attribute("m").set_value(gf_modelCode(l.model).c_str());
         if (l.cargo) ok = ok && node.append_attribute("c").set_value("true");
         ok = ok && node.append_attribute("t").set_value(l.title.c_str());
@@ -156,10 +157,11 @@ bool gf_readScannedLiveries(std::vector<Livery>& list, const fs::path& path) {
         if (parsed.status == pugi::status_file_not_found || parsed.status == pugi::status_io_error)
             throw UserRelatedException(51, fmt::format("Could not open {}", name));
         if (!parsed)
-            throw UserRelatedException(51,
-                                       fmt::format("Error reading {}: {}", name, parsed.description()));
+            throw UserRelatedException(
+                51, fmt::format("Error reading {}: {}", name, parsed.description()));
         const pugi::xml_node root = doc.child("root");
-        if (!root) throw UserRelatedException(52, fmt::format("{} does not contain <{}>", name, "root"));
+        if (!root)
+            throw UserRelatedException(52, fmt::format("{} does not contain <{}>", name, "root"));
         const pugi::xml_node liveries = root.child("liveries");
         if (!liveries)
             throw UserRelatedException(
@@ -173,7 +175,8 @@ bool gf_readScannedLiveries(std::vector<Livery>& list, const fs::path& path) {
             livery.title = l.attribute("t").value();
             livery.regcode = l.attribute("r").value();
             livery.airline = gf_internCode(airlineCodes, l.attribute("a").value());
-            if (const auto o = l.attribute("o")) livery.opr = gf_internCode(airlineCodes, o.value());
+            if (const auto o = l.attribute("o"))
+                livery.opr = gf_internCode(airlineCodes, o.value());
             livery.model = gf_internCode(modelCodes, l.attribute("m").value());
             livery.cargo = l.attribute("c").as_bool() ? 1 : 0;
             list.push_back(std::move(livery));

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "sim/builtin/installed_titles.h"
 #include "sim/builtin_sim.h"
 
 namespace tfx {
@@ -43,6 +44,14 @@ bool gf_selectSimProvider() {
         builtinSim = std::make_unique<BuiltinSim>();
         builtinSim->setRecordingLimit(0);
         if (!recordingFile.empty()) builtinSim->startRecordingFile(recordingFile);
+        // What is installed, as the simulator finds it; a scenario that lists
+        // titles of its own replaces these.
+        if (const auto packages = gf_simPackagesFolder()) {
+            auto titles = gf_readInstalledTitles(*packages);
+            gf_logLine(fmt::format("Built-in simulator: {} installed titles in {}", titles.size(),
+                                   packages->string()));
+            builtinSim->setKnownTitles(std::move(titles));
+        }
         const std::filesystem::path path = lf_scenarioPath();
         if (path.empty() || !builtinSim->loadScenario(path)) {
             builtinSim->setScenario(lf_defaultScenario());

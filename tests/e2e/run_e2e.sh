@@ -28,7 +28,7 @@ mkdir -p "$work/data"
 standin_pid=$!
 
 cd "$work/program"
-ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 --record motion.csv --duration 400 \
+XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 --record motion.csv --duration 400 \
   >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
