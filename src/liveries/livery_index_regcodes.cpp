@@ -70,17 +70,18 @@ void lf_offlineRegcodes(LiveryIndex& index, std::vector<std::string>& results) {
         gf_logError(fmt::format("{} not available", enc.string()));
         return;
     }
-    const fs::path plainName = fs::path("input") / "AIG-regcodes.xml";
-    const auto plain = gf_decryptToTemporary(enc, plainName);
-    if (!plain) {
+    // The plain text lives only while it is read; the build runs alone on
+    // the main thread, so the plain file may take its own name.
+    const fs::path plain = fs::path("input") / "AIG-regcodes.xml";
+    if (!gf_streamDecrypt(enc, plain)) {
         gf_logError(fmt::format("Could not decrypt {}", enc.string()));
         return;
     }
     gf_logLine("\n******* Offline regcodes ******");
-    results.push_back(fmt::format("Processing '{}'", plainName.string()));
+    results.push_back(fmt::format("Processing '{}'", plain.string()));
     std::vector<RegcodeEntry> entries;
-    const bool ok = gf_readAigRegcodesXml(*plain, entries);
-    fs::remove(*plain, ec);
+    const bool ok = gf_readAigRegcodesXml(plain, entries);
+    fs::remove(plain, ec);
     if (!ok)
         results.push_back(fmt::format(
             "There were errors processing the AIG-regcode file '{}', see Log.txt", enc.string()));

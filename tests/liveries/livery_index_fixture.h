@@ -48,10 +48,12 @@ protected:
                       static_cast<std::uint8_t>(cargo ? 1 : 0),
                       0};
     }
-    void sealRegcodes(const std::string& aigBody) const {
+    // The aig section's elements, or with whole set a complete document.
+    void sealRegcodes(const std::string& text, bool whole = false) const {
         std::filesystem::create_directories(dir.path() / "input");
-        dir.write("input/AIG-regcodes.enc",
-                  publish::gf_encryptBytes("<root><meta/><aig>" + aigBody + "</aig></root>"));
+        dir.write(
+            "input/AIG-regcodes.enc",
+            publish::gf_encryptBytes(whole ? text : "<root><meta/><aig>" + text + "</aig></root>"));
     }
     void myRegcodes(const std::string& name, const std::string& text) const {
         std::filesystem::create_directories(dir.path() / "input" / "my_regcodes");

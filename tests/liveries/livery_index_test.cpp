@@ -117,8 +117,9 @@ TEST_F(LiveryIndexBuild, MissingCategorySwitchesItsOptionOffAndSavesIt) {
     gf_buildOptions();
     build({liv("BAW", "", "A320", false, "BA A320"), liv("ZZZ", "", "C172", false, "Cessna")});
     EXPECT_TRUE(logged("Category Rotorcraft: No livery found\n"));
-    EXPECT_TRUE(logged("HELICOPTERS temporarily switched off because you do not have Helicopters "
-                       "installed"));
+    EXPECT_TRUE(
+        logged("HELICOPTERS temporarily switched off because you do not have Helicopters "
+               "installed"));
     EXPECT_FALSE(params.HELICOPTERS.current);
     EXPECT_FALSE(gf_options()->HELICOPTERS);
     EXPECT_TRUE(params.LIGHT_AIRCRAFT.current) << "a Light livery is installed";
