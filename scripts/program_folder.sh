@@ -13,6 +13,7 @@ dest="$2"
 mkdir -p "$dest/docs" "$dest/input"
 cp "$build/zept" "$dest/zept"
 cp "$build/input/dbase.enc" "$dest/input/dbase.enc"
+cp "$build/input/AIG-regcodes.enc" "$dest/input/AIG-regcodes.enc"
 # The scenario without its own list of titles: the installation says what is installed.
 python3 - "$src/data/sim_scenario_egtk.json" "$dest/sim_scenario.json" <<'PY'
 import json, sys

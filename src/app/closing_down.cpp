@@ -17,6 +17,7 @@
 #include "app/session_internal.h"
 #include "feeds/feed_start.h"
 #include "gui/gui.h"
+#include "liveries/livery_matching.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -84,6 +85,7 @@ void lf_closeSession(ExitReason reason, std::int32_t seconds) {
         }
         lf_removeFlightPlanFolder();
         lf_clearAndSave(params.DESTINATION);
+        gf_liveryTrafficEnded();
 
         if (gf_reasonRestarts(reason)) {
             restartPending = 1;

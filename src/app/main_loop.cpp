@@ -15,6 +15,7 @@
 #include "feeds/rt_api/query_box.h"
 #include "feeds/rtapp/rt_app_position.h"
 #include "gui/gui.h"
+#include "liveries/livery_gap_report.h"
 #include "platform/timer_resolution.h"
 #include "sim/sim_queues.h"
 #include "traffic/traffic.h"
@@ -53,6 +54,7 @@ void lf_everySecond() {
     }
     gf_trafficEverySecond();
     gf_statusLineEverySecond(runWords.status_s);
+    gf_liveryGapsEverySecond(runWords.liveryGaps_s);
     Gui::enqueueUpdate({GuiKind::StatusTimeout, std::monostate{}});
 }
 

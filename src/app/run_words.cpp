@@ -44,14 +44,15 @@ RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& proble
             words.production = true;
         } else if (word == "--rt-app") {
             words.rtApp = true;
-        } else if (word == "--duration" || word == "--status") {
+        } else if (word == "--duration" || word == "--status" || word == "--livery-gaps") {
             const bool duration = word == "--duration";
-            std::int32_t& target = duration ? words.duration_s : words.status_s;
-            if (!hasValue ||
-                !lf_readSeconds(argv[i + 1], duration ? MAX_DURATION_S : MAX_STATUS_S, target)) {
+            std::int32_t& target = duration             ? words.duration_s
+                                   : word == "--status" ? words.status_s
+                                                        : words.liveryGaps_s;
+            const std::int32_t max = duration ? MAX_DURATION_S : MAX_STATUS_S;
+            if (!hasValue || !lf_readSeconds(argv[i + 1], max, target)) {
                 problems.push_back(
-                    fmt::format("{} needs a number of seconds (0 to {}){}", word,
-                                duration ? MAX_DURATION_S : MAX_STATUS_S,
+                    fmt::format("{} needs a number of seconds (0 to {}){}", word, max,
                                 hasValue ? fmt::format(", not '{}'", argv[i + 1]) : std::string()));
             }
             if (hasValue) ++i;
@@ -73,7 +74,9 @@ std::string gf_runWordsUsage() {
            "  --rt-app          take the road \"RT App\" in this run (the stored choice stays)\n"
            "  --duration S      close after S seconds, as the close button would\n"
            "  --status S        a status line every S seconds (0: none; default 5)\n"
-           "  --record FILE     write every position the built-in simulator is sent to FILE\n";
+           "  --record FILE     write every position the built-in simulator is sent to FILE\n"
+           "  --livery-gaps S   also write output/info/LiveryGaps.txt every S seconds (0: at the\n"
+           "                    end of the traffic only)\n";
 }
 
 }  // namespace tfx

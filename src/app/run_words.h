@@ -16,6 +16,7 @@ struct RunWords {
     std::int32_t duration_s = 0;      // "--duration S": close as the user would after S s
     std::int32_t status_s = 5;        // "--status S": seconds between status lines, 0 none
     std::filesystem::path recording;  // "--record FILE": the simulator's positions as CSV
+    std::int32_t liveryGaps_s = 0;    // "--livery-gaps S": the livery-gap report every S s
 };
 extern RunWords runWords;
 

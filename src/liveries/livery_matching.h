@@ -2,6 +2,7 @@
 // the memory of what each aircraft got, and the titles the simulator refused.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,12 +16,21 @@ namespace tfx {
 // altitude_ft is that of the aircraft's front stream point.
 void gf_matchLivery(AircraftBase& ac, double altitude_ft);
 
+// What the parking applier knows of the stand a static aircraft goes to.
+struct StandForMatch {
+    std::string_view name;
+    bool cargo = false;
+};
+// Static aircraft: true when livery holds a title. The stand's cargo flag
+// stands for the aircraft's own in the steps that use the key.
+bool gf_matchStaticLivery(AircraftBase& ac, const StandForMatch& stand);
+
 // hexid to title of live aircraft; a title refused since is forgotten.
 std::optional<std::string_view> gf_rememberedLivery(std::uint32_t hexid);
 void gf_rememberLivery(std::uint32_t hexid, std::string_view title);
 bool gf_forgetLivery(std::uint32_t hexid);
 
-// The title remembered for a registration, or empty.
+// The title a registration stands for in the installed catalogue, or empty.
 std::string_view gf_regcodeLivery(std::string_view regcode);
 
 // Aircraft without a match, by their key (printed aimo, a blank, the regcode).
@@ -34,7 +44,20 @@ void gf_noMatchSummary(std::string& out);
 void gf_liveryCreateFailed(const AircraftBase& ac);
 bool gf_isFailedTitle(std::string_view title);
 
-// The start of a new traffic: remembered liveries and no-match keys go.
+// Live aircraft matched at each step, for the life of the process.
+const std::array<std::uint32_t, 9>& gf_liveryStepCounts();
+// The matching summary in the log, when anything was matched.
+void gf_liveryMatchSummary();
+// The end of the traffic: both summaries in the log and the livery-gap
+// report written.
+void gf_liveryTrafficEnded();
+
+// A fresh process's refused titles and step counts (these otherwise live as
+// long as the process).
+void gf_clearLiveryFailures();
+
+// The start of a new traffic: remembered liveries, no-match keys and what
+// the gap report has seen go.
 void gf_resetLiveryMemory();
 
 }  // namespace tfx

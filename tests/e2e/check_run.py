@@ -154,6 +154,18 @@ def main():
         check_reported(sys.argv[4])
 
     check("Traffic exception" not in log, "no traffic exception in the log")
+    # Every title comes from the installed catalogue: none of the made-up
+    # "<model> livery" kind, and the matching leaves its summary and report.
+    matched = re.findall(r" =\d= (.+)$", log, re.M)
+    check(len(matched) >= status["created"], f"every created aircraft was matched ({len(matched)})")
+    made_up = [t for t in matched if re.fullmatch(r"[A-Z0-9]{2,4} livery", t)]
+    check(not made_up, f"no made-up title was asked for {made_up[:3]}")
+    check("live traffic livery matching summary" in log, "the log has the matching summary")
+    try:
+        gaps = open(f"{folder}/output/info/LiveryGaps.txt", encoding="utf-8").read()
+    except OSError:
+        gaps = ""
+    check(gaps.startswith("Livery gaps"), "the livery-gap report was written")
     for line in CLOSING_LINES:
         check(line in log, f"the log has the closing line \"{line}\"")
     check(log.rfind(CLOSING_LINES[-1]) > log.rfind(CLOSING_LINES[1]),

@@ -173,10 +173,11 @@ TEST_F(TrafficTest, AtTheLiveLimitANewcomerReplacesOnlyAFurtherAircraft) {
 }
 
 TEST_F(TrafficTest, RefusedCreatesEraseTheAircraftAndTheTwentiethEndsTheTraffic) {
-    for (std::uint32_t i = 0; i < 20; ++i) {
-        const std::string model = fmt::format("M{:02}", i);
-        deliverTrack(0x40F00 + i, fmt::format("RF{}", i), 2, 5000, model.c_str());
-    }
+    std::vector<std::string> models;
+    for (std::uint32_t i = 0; i < 20; ++i) models.push_back(fmt::format("M{:02}", i));
+    test::publishModelLiveries(models);
+    for (std::uint32_t i = 0; i < 20; ++i)
+        deliverTrack(0x40F00 + i, fmt::format("RF{}", i), 2, 5000, models[i].c_str());
     tick();
     ASSERT_EQ(spawnStack.size() + liveCreates.size(), 20u);
     for (std::uint32_t i = 0; i < 19; ++i) {

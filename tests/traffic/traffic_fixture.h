@@ -14,6 +14,7 @@
 #include "parking/park_airport.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
+#include "support/installed_liveries.h"
 #include "support/temp_workdir.h"
 #include "traffic/clock.h"
 #include "traffic/traffic.h"
@@ -32,6 +33,7 @@ protected:
         // Index 0 is the empty code, as after a read of the database.
         gf_modelIndex("");
         gf_airlineIndex("");
+        publishModelLiveries();
         gf_buildOptions();
         gf_clearPending();
         gf_stopTraffic();
@@ -49,10 +51,11 @@ protected:
         gf_clearSimBuffers();
         trafficOpen = 0;
         SimRunState = 0;
+        gf_publishLiveryIndex(nullptr);
         gf_clearReferenceData();
     }
 
-    // An airborne report; the model makes the stand-in matcher find a title.
+    // An airborne report; the model's generic livery is installed.
     static TrafficMessage airborne(std::uint32_t hexid, const std::string& callsign, double time_s,
                                    double lat, double alt_ft = 5000, const char* model = "A320") {
         TrafficMessage m;
