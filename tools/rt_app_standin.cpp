@@ -1,7 +1,7 @@
 // Plays the RealTraffic application on loopback from a scenario file, for
 // running ZEPT on the road "RT App" without the real application.
 //
-//   rt_app_standin [--mode today|public] [--unicast] [--no-markers]
+//   rt_app_standin [--mode today|public] [--unicast] [--lan] [--no-markers]
 //                  [--loss P] [--duplicate P] [--reorder P] [--positions FILE]
 //                  [--freeze AFTER_S FOR_S]
 //                  [--scenario FILE] [--tcp-port N] [--traffic-port N]
@@ -9,7 +9,8 @@
 //                  [--once] [--no-loop] [--vanish] [--verbose]
 //
 // --mode public: the real application's public forms (see
-// rt_app_standin_forms.h), broadcast on the LAN unless --unicast.
+// rt_app_standin_forms.h), broadcast on the loopback network unless --unicast, on the LAN
+// with --lan.
 // --positions: where to write the user positions ZEPT reported (lat,lon).
 // --start: the scenario's second at the connection (history lies before it).
 // A looped scenario flies each round under other transponder codes.
@@ -33,7 +34,7 @@ void lf_onSignal(int) {
 
 int lf_usage() {
     fmt::print(stderr,
-               "usage: rt_app_standin [--mode today|public] [--unicast] [--no-markers] [--loss P]\n"
+               "usage: rt_app_standin [--mode today|public] [--unicast] [--lan] [--no-markers] [--loss P]\n"
                "                      [--duplicate P] [--reorder P] [--positions FILE] "
                "[--freeze AFTER_S FOR_S]\n"
                "                      [--scenario FILE] [--tcp-port N] [--traffic-port N] "
@@ -50,7 +51,7 @@ int main(int argc, char** argv) {
     std::string path = "data/rt_scenario_egtk.csv";
     std::string positionsPath;
     tfx::standin::Form form = tfx::standin::Form::today;
-    bool broadcast = true, markers = true;
+    bool broadcast = true, lan = false, markers = true;
     int cycle_ms = 0;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -61,6 +62,8 @@ int main(int argc, char** argv) {
             form = *f;
         } else if (arg == "--unicast")
             broadcast = false;
+        else if (arg == "--lan")
+            lan = true;
         else if (arg == "--no-markers")
             markers = false;
         else if (arg == "--loss" && hasValue)
@@ -100,9 +103,11 @@ int main(int argc, char** argv) {
             return lf_usage();
     }
     if (form == tfx::standin::Form::public_) {
-        const std::string to = tfx::standin::gf_usePublicForm(app.config, broadcast);
+        const std::string to = tfx::standin::gf_usePublicForm(app.config, broadcast, lan);
         fmt::print("public form, datagrams to {}{}\n", to,
-                   app.config.udpAddress.empty() ? " (no broadcast address here: unicast)" : "");
+                   lan && to == tfx::standin::LOOPBACK_BROADCAST
+                       ? " (no LAN broadcast address here: loopback broadcast)"
+                       : "");
     }
     if (!markers) app.config.markers = false;
     if (cycle_ms > 0) app.config.cycle_ms = cycle_ms;

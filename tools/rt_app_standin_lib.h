@@ -106,16 +106,26 @@ struct Session {
     std::string pending{};  // received, not yet a whole line
 };
 
+// The address a broadcast goes to when no LAN is wanted: the loopback
+// network's broadcast address. A socket bound to any address receives it and
+// one bound to 127.0.0.1 does not, so it tests the binding the LAN needs
+// without a datagram ever leaving this machine.
+inline constexpr const char* LOOPBACK_BROADCAST = "127.255.255.255";
+
 // The public form: no markers, one report per aircraft about every two
-// seconds, datagrams to the LAN's broadcast address where there is one
-// (else to the unicast address); returns where the datagrams go.
-inline std::string gf_usePublicForm(Config& c, bool broadcast = true) {
+// seconds, datagrams broadcast (to the LAN's broadcast address only when lan
+// is set, which tests never do; else on the loopback network); returns where
+// the datagrams go.
+inline std::string gf_usePublicForm(Config& c, bool broadcast = true, bool lan = false) {
     c.form = Form::public_;
     c.markers = false;
     c.cycle_ms = 2000;
     if (broadcast) {
-        const auto addresses = gf_broadcastAddresses();
-        if (!addresses.empty()) c.udpAddress = addresses.front();
+        c.udpAddress = LOOPBACK_BROADCAST;
+        if (lan) {
+            const auto addresses = gf_broadcastAddresses();
+            if (!addresses.empty()) c.udpAddress = addresses.front();
+        }
     }
     return c.udpAddress.empty() ? c.address : c.udpAddress;
 }

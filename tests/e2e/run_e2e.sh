@@ -22,8 +22,8 @@ trap cleanup EXIT
 mkdir -p "$work/data"
 
 # 25 s of live reports after the history, then silence: the scenario's last
-# half minute, in the real application's public form: broadcast on the LAN
-# (unicast where the machine has no broadcast address, as standin.txt says),
+# half minute, in the real application's public form: broadcast (on the
+# loopback network, which only a socket bound to any address hears),
 # no end markers, repeated and reordered datagrams.
 "$build/rt_app_standin" --mode public --duplicate 0.05 --reorder 0.05 \
   --positions "$work/reported.csv" \
