@@ -1,8 +1,8 @@
 // Creates leave at five a second, so in a burst the last aircraft go out
 // many seconds after their first point was due. Such an aircraft is placed
 // on its stream where it is due at the moment its object appears, instead of
-// at a stale point; the seconds of set-up that follow it makes up within its
-// speed limits (lf_limitLegSpeed).
+// at a stale point. Its object then stands through the two seconds of set-up
+// and flies on at its own speed, that much behind its data.
 #include <cmath>
 
 #include "traffic/clock.h"
