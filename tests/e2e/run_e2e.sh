@@ -26,6 +26,8 @@ def free():
     for kind, port in ((socket.SOCK_STREAM, 10747), (socket.SOCK_DGRAM, 49005),
                        (socket.SOCK_DGRAM, 49004)):
         s = socket.socket(socket.AF_INET, kind)
+        if kind == socket.SOCK_STREAM:  # connections closing on the port don't count
+            s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
         try:
             s.bind(("0.0.0.0", port))
         except OSError:
