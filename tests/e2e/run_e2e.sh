@@ -18,6 +18,31 @@ cleanup() {
 }
 trap cleanup EXIT
 
+# The link's ports are fixed; another run on this machine holds them until
+# it ends, so wait for them (up to five minutes) rather than fail on a bind.
+python3 - <<'PY'
+import socket, sys, time
+def free():
+    for kind, port in ((socket.SOCK_STREAM, 10747), (socket.SOCK_DGRAM, 49005),
+                       (socket.SOCK_DGRAM, 49004)):
+        s = socket.socket(socket.AF_INET, kind)
+        if kind == socket.SOCK_STREAM:  # connections closing on the port don't count
+            s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        try:
+            s.bind(("0.0.0.0", port))
+        except OSError:
+            return False
+        finally:
+            s.close()
+    return True
+end = time.time() + 300
+while not free():
+    if time.time() > end:
+        print("the RealTraffic ports stay busy; running anyway")
+        sys.exit(0)
+    time.sleep(5)
+PY
+
 "$src/scripts/program_folder.sh" "$build" "$work/program"
 mkdir -p "$work/data"
 
