@@ -24,6 +24,16 @@ std::string lf_source(const std::string& relative) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// Removes the benchmark's folder when the program ends.
+struct RemoveAtExit {
+    fs::path path;
+    ~RemoveAtExit() {
+        std::error_code ec;
+        fs::current_path(fs::temp_directory_path(), ec);
+        fs::remove_all(path, ec);
+    }
+};
+
 // A program folder of its own for the whole run, left as the working folder.
 const fs::path& lf_folder() {
     static const fs::path folder = [] {
@@ -38,6 +48,7 @@ const fs::path& lf_folder() {
             .write(sealed.data(), static_cast<std::streamsize>(sealed.size()));
         std::ofstream("airports/my_simaddon/PHNL.xml", std::ios::binary)
             << lf_source("data/airports/archive/stock/PHNL.xml");
+        static const RemoveAtExit cleanup{pattern};
         return fs::path(pattern);
     }();
     return folder;

@@ -29,6 +29,9 @@ struct ProgramFolder : TempWorkdir {
     ProgramFolder() : TempWorkdir(false) {
         fs::create_directory(path() / "docs");
         tfx::test::sealDbase(*this, tfx::test::DbaseText().text());
+        write("input/airports.enc",
+              tfx::publish::gf_encryptBytes(R"(<root><airports><ap c="EGTK" la="51.836568" )"
+                                            R"(lo="-1.319295" a="270"/></airports></root>)"));
         gf_clearExitRequest();
         userClosing = 0;
         restartPending = 0;
