@@ -14,6 +14,7 @@
 #include "app/session.h"
 #include "app/session_internal.h"
 #include "platform/instance_lock.h"
+#include "support/demo_installation.h"
 #include "support/sealed_dbase.h"
 #include "support/temp_workdir.h"
 
@@ -38,6 +39,7 @@ struct ProgramFolder : TempWorkdir {
         frameTiming.countdownStep_ms = 20;
         frameTiming.systemErrorWait_ms = 200;
     }
+    tfx::test::DemoInstallation installation{path()};
 };
 
 // Ends a session left running by a failed assertion, so the test can't hang.
