@@ -135,9 +135,11 @@ int gf_runFolderWalk(const std::vector<fs::path>& folders, bool prioritize) {
                 fmt::format("{:5} liverie{} {}", walk.liveries, lf_plural(walk.liveries), where));
         else
             gf_logLine(fmt::format("No liveries {}", where));
-        gf_logLine(fmt::format("{:5} aircraft.cfg file{} read, {} folder{} skipped by name",
-                               walk.files, lf_plural(walk.files), walk.skippedFolders,
-                               lf_plural(walk.skippedFolders)));
+        gf_logLine(
+            fmt::format("{:5} aircraft.cfg file{} read, {} folder{} not entered (scenery names, "
+                        "paths too long)",
+                        walk.files, lf_plural(walk.files), walk.skippedFolders,
+                        lf_plural(walk.skippedFolders)));
     }
     if (!gf_keepRunning()) return 1;
     if (scanList.empty()) return 2;

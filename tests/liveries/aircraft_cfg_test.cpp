@@ -38,7 +38,10 @@ protected:
         scanTitles.clear();
         dontUseTitles.clear();
     }
-    void TearDown() override { gf_clearReferenceData(); }
+    void TearDown() override {
+        scanList.clear();
+        gf_clearReferenceData();
+    }
 
     // One file of type model with one section of these key lines.
     const Livery* one(const std::string& keys, const std::string& model = "A320") {

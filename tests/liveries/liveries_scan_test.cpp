@@ -54,7 +54,10 @@ protected:
         ASSERT_TRUE(gf_readDbase());
         fs::create_directories(dir.path() / "output" / "errors");
     }
-    void TearDown() override { gf_clearReferenceData(); }
+    void TearDown() override {
+        scanList.clear();
+        gf_clearReferenceData();
+    }
 
     const Livery* find(const std::vector<Livery>& list, const std::string& title) {
         const auto it = std::find_if(list.begin(), list.end(),
