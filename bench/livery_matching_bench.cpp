@@ -118,13 +118,17 @@ struct Folder {
     }
 };
 
-// The large generated installation, scanned; empty when it can't be made.
-std::vector<Livery> lf_scanLargeInstallation(const fs::path& where) {
+// The large generated installation (build/ai_install_large, made when
+// missing), scanned; empty when it can't be made.
+std::vector<Livery> lf_scanLargeInstallation() {
+    const fs::path where = SOURCE / "build" / "ai_install_large";
     const fs::path generator = SOURCE / "scripts" / "make_ai_install.py";
-    if (!fs::exists(generator)) return {};
-    const std::string command = fmt::format("python3 '{}' '{}' --size large >/dev/null 2>&1",
-                                            generator.string(), where.string());
-    if (std::system(command.c_str()) != 0) return {};
+    if (!fs::exists(where / "Packages" / "Community")) {
+        if (!fs::exists(generator)) return {};
+        const std::string command = fmt::format("python3 '{}' '{}' --size large >/dev/null 2>&1",
+                                                generator.string(), where.string());
+        if (std::system(command.c_str()) != 0) return {};
+    }
     std::vector<fs::path> packages;
     for (const auto& package : fs::directory_iterator(where / "Packages" / "Community"))
         if (package.is_directory()) packages.push_back(package.path());
@@ -167,7 +171,7 @@ struct Data {
     std::shared_ptr<const LiveryIndex> index;
     std::vector<LadderQuery> queries;
     Data() {
-        liveries = lf_scanLargeInstallation(folder.path / "ai_install_large");
+        liveries = lf_scanLargeInstallation();
         source = liveries.empty() ? "synthetic list from the real airframes"
                                   : "large generated installation";
         if (liveries.empty()) liveries = lf_syntheticLiveries(airframes);
