@@ -31,6 +31,7 @@ struct ProgramFolder : test::TempWorkdir {
     ProgramFolder() : TempWorkdir(false) {
         fs::create_directory(path() / "docs");
         test::sealDbase(*this, test::DbaseText().text());
+        test::sealAirportCatalogue(*this);
     }
     std::string console() const { return read("console.txt"); }
 };

@@ -30,9 +30,7 @@ struct ProgramFolder : TempWorkdir {
     ProgramFolder() : TempWorkdir(false) {
         fs::create_directory(path() / "docs");
         tfx::test::sealDbase(*this, tfx::test::DbaseText().text());
-        write("input/airports.enc",
-              tfx::publish::gf_encryptBytes(R"(<root><airports><ap c="EGTK" la="51.836568" )"
-                                            R"(lo="-1.319295" a="270"/></airports></root>)"));
+        tfx::test::sealAirportCatalogue(*this);
         gf_clearExitRequest();
         userClosing = 0;
         restartPending = 0;

@@ -50,6 +50,14 @@ inline void sealDbase(const TempWorkdir& dir, const std::string& xml) {
     dir.write("input/dbase.enc", publish::gf_encryptBytes(xml));
 }
 
+// The smallest airport catalogue a session start accepts: EGTK alone.
+inline void sealAirportCatalogue(const TempWorkdir& dir) {
+    std::filesystem::create_directories(dir.path() / "input");
+    dir.write("input/airports.enc",
+              publish::gf_encryptBytes(R"(<root><airports><ap c="EGTK" la="51.836568" )"
+                                       R"(lo="-1.319295" a="270"/></airports></root>)"));
+}
+
 inline std::string bundledDbaseXml() {
     std::ifstream in(std::filesystem::path(ZEPT_SOURCE_DIR) / "data" / "dbase.xml",
                      std::ios::binary);
