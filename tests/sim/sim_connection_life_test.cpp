@@ -43,6 +43,7 @@ protected:
     void SetUp() override {
         TrafficTest::SetUp();
         gf_clearExitRequest();
+        userClosing = 0;
         gf_resetSimClientState();
         SimRunState = 0;
         psxBefore = params.PSX_SERVER_HERE.current;
