@@ -12,7 +12,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/exit_request.h"
 #include "app/parameters.h"
+#include "app/run_flags.h"
 #include "app/run_state.h"
 #include "app/user_exception.h"
 #include "liveries/liveries_scan.h"
@@ -49,6 +51,10 @@ void lf_replaceAll(std::string& text, const std::string& from, const std::string
 class LiveriesScan : public ::testing::Test {
 protected:
     void SetUp() override {
+        // A whole session run before in this process may have left its end behind.
+        gf_clearExitRequest();
+        userClosing = 0;
+        runChoice.store(std::make_shared<const RunChoice>());
         gf_clearReferenceData();
         test::sealDbase(dir, test::bundledDbaseXml());
         ASSERT_TRUE(gf_readDbase());
