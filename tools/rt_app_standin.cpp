@@ -34,7 +34,8 @@ void lf_onSignal(int) {
 
 int lf_usage() {
     fmt::print(stderr,
-               "usage: rt_app_standin [--mode today|public] [--unicast] [--lan] [--no-markers] [--loss P]\n"
+               "usage: rt_app_standin [--mode today|public] [--unicast] [--lan] [--no-markers] "
+               "[--loss P]\n"
                "                      [--duplicate P] [--reorder P] [--positions FILE] "
                "[--freeze AFTER_S FOR_S]\n"
                "                      [--scenario FILE] [--tcp-port N] [--traffic-port N] "

@@ -17,6 +17,7 @@
 #include "app/run_flags.h"
 #include "app/session.h"
 #include "app/session_internal.h"
+#include "support/demo_installation.h"
 #include "support/sealed_dbase.h"
 #include "support/temp_workdir.h"
 
@@ -34,6 +35,7 @@ struct ProgramFolder : test::TempWorkdir {
         test::sealAirportCatalogue(*this);
     }
     std::string console() const { return read("console.txt"); }
+    test::DemoInstallation installation{path()};
 };
 
 struct ProgramProcess {

@@ -162,8 +162,10 @@ TEST_F(SimConnectionLifeTest, AfterACrashAndRestartRequestsAreRenewedAndLostObje
                std::string::npos;
     })) << "the crash comes only as a broken connection";
     ASSERT_TRUE(within(4s, [] { return SimRunState.load() == 2; })) << dir.logText();
-    collect();
-    EXPECT_TRUE(has(SIM_OBJECT_REMOVED, oid)) << "the crash took the object along";
+    EXPECT_TRUE(within(3s, [&] {
+        collect();
+        return has(SIM_OBJECT_REMOVED, oid);
+    })) << "the crash took the object along";
 
     secondBeat = 0;
     EXPECT_TRUE(within(3s, [] { return secondBeat.load() == 1; }))

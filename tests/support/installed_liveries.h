@@ -15,7 +15,8 @@
 namespace tfx::test {
 
 inline void publishModelLiveries(const std::vector<std::string>& models = {
-                                     "A319", "A320", "A321", "B738", "B744", "C172", "E190"}) {
+                                     "A319", "A320", "A321", "B738", "B744", "C172", "E170", "E175",
+                                     "E190"}) {
     std::vector<Livery> list;
     for (const std::string& model : models)
         list.push_back(
