@@ -16,6 +16,7 @@
 #include "app/session_internal.h"
 #include "feeds/feed_start.h"
 #include "gui/gui.h"
+#include "platform/sockets.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -75,6 +76,7 @@ void lf_closeSession(ExitReason reason, std::int32_t seconds) {
         if (simClientThread.joinable()) simClientThread.join();
         gf_stopFeedReaders();
         gf_closeRTApp();
+        pf_stopSockets();
 
         if (reason == ExitReason::SystemError) {
             for (int waited = 0; waited < frameTiming.systemErrorWait_ms && userClosing.load() == 0;

@@ -75,7 +75,9 @@ TEST(SaveXml, UnwritablePlaceKeepsTheOldFile) {
     doc.append_child("new");
     const bool saved = tfx::gf_saveXml(doc, dir.path() / "ro" / "keep.xml");
     fs::permissions(dir.path() / "ro", fs::perms::owner_all);
+#ifndef _WIN32
     if (::geteuid() == 0) GTEST_SKIP() << "root writes anywhere";
+#endif
     EXPECT_FALSE(saved);
     EXPECT_EQ(dir.read("ro/keep.xml"), "<old/>");
 }

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 
 namespace tfx {
 
@@ -27,6 +26,12 @@ bool lf_setInt(SocketFd s, int level, int name, int value) {
 }
 
 }  // namespace
+
+int pf_startSockets() {
+    return 0;
+}
+
+void pf_stopSockets() {}
 
 int gf_winsockNumber(int e) {
     switch (e) {
@@ -213,14 +218,6 @@ void gf_closeSocket(SocketFd& s) {
     ::shutdown(s, SHUT_RDWR);
     ::close(s);
     s = NO_SOCKET;
-}
-
-std::uint16_t gf_portNumber(std::string_view text) {
-    unsigned value = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || ec != std::errc() || end != text.data() + text.size() || value > 65535)
-        return 0;
-    return static_cast<std::uint16_t>(value);
 }
 
 }  // namespace tfx
