@@ -17,6 +17,9 @@ set(ZEPT_WINE ${CMAKE_SOURCE_DIR}/cmake/wine_run.sh)
 # Unit tests that cannot pass under Wine, each with the reason. They run in
 # the Linux build.
 set(ZEPT_WINE_SKIPS
+  # A folder's read-only attribute does not stop writing into it on Windows
+  # (its ACL would, which the test cannot set portably).
+  SaveXml.UnwritablePlaceKeepsTheOldFile
 )
 list(JOIN ZEPT_WINE_SKIPS ":" ZEPT_WINE_FILTER)
 if(ZEPT_WINE_FILTER)

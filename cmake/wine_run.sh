@@ -30,4 +30,11 @@ if [[ ! -f "$WINEPREFIX/system.reg" ]]; then
   ) 9>"$WINEPREFIX.lock"
 fi
 
+# --wait-server: wait until the prefix's Wine server has ended.
+if [[ "${1:-}" = --wait-server ]]; then
+  wineserver_bin=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+  "$wineserver_bin" -w 2>/dev/null || true
+  exit 0
+fi
+
 exec "$wine" "$@"

@@ -10,6 +10,19 @@
 #     Ctrl-C closes it cleanly.
 set -euo pipefail
 mode="$1"
+
+# The main job listens on the fixed ports of the RealTraffic application,
+# which other runs on this machine may hold: it runs in a network namespace
+# of its own (loopback only) when one can be made. Wine's sockets live in
+# its wineserver, so the prefix's server must start inside the namespace.
+if [ "$mode" = main-job ] && [ -z "${ZEPT_WINE_NETNS:-}" ] &&
+   unshare --net true 2>/dev/null; then
+  "$(dirname "$0")/../../cmake/wine_run.sh" --wait-server
+  exec env ZEPT_WINE_NETNS=1 unshare --net "$0" "$@"
+fi
+if [ -n "${ZEPT_WINE_NETNS:-}" ]; then
+  ip link set lo up
+fi
 src="$(cd "$(dirname "$0")/../.." && pwd)"
 build="$(cd "$2" && pwd)"
 linux_build="${3:-$src/build/default}"
