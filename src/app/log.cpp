@@ -4,6 +4,7 @@
 #include <ctime>
 #include <mutex>
 #include <stdexcept>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -19,18 +20,28 @@ constexpr const char* LOG_NAME = "Log.txt";
 std::mutex logMutex;
 std::FILE* logFile = nullptr;
 std::size_t bytesSinceFlush = 0;
+// Lines since the last flush. Buffered here rather than by the C library,
+// whose buffer size and write-through rules differ between systems.
+std::string pending;
 
 // Caller holds logMutex.
 void lf_write(std::string_view prefix, std::string_view text) {
-    std::fwrite(prefix.data(), 1, prefix.size(), logFile);
-    std::fwrite(text.data(), 1, text.size(), logFile);
-    std::fputc('\n', logFile);
+    pending.append(prefix);
+    pending.append(text);
+    pending += '\n';
     bytesSinceFlush += prefix.size() + text.size() + 1;
+}
+
+// Caller holds logMutex; the log is open.
+void lf_flush() {
+    std::fwrite(pending.data(), 1, pending.size(), logFile);
+    std::fflush(logFile);
+    pending.clear();
 }
 
 void lf_closeLocked() {
     if (logFile == nullptr) return;
-    std::fflush(logFile);
+    lf_flush();
     std::fclose(logFile);
     logFile = nullptr;
     bytesSinceFlush = 0;
@@ -53,7 +64,7 @@ void gf_openLog() {
         throw std::runtime_error(std::string("Failed to write file ") + LOG_NAME);
     bytesSinceFlush = 0;
     lf_write("", head);
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 
@@ -72,7 +83,7 @@ void gf_logLine(std::string_view text) {
     if (logFile == nullptr) return;
     lf_write("", text);
     if (bytesSinceFlush >= FLUSH_BYTES) {
-        std::fflush(logFile);
+        lf_flush();
         bytesSinceFlush = 0;
     }
 }
@@ -81,14 +92,14 @@ void gf_logError(std::string_view text) {
     std::lock_guard lock(logMutex);
     if (logFile == nullptr) return;
     lf_write("==> ", text);
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 
 void gf_flushLog() {
     std::lock_guard lock(logMutex);
     if (logFile == nullptr) return;
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 

@@ -42,10 +42,22 @@ DWORD lf_replaceOnce(const std::wstring& source, const std::wstring& target) {
 bool pf_replaceFile(const std::filesystem::path& source, const std::filesystem::path& target,
                     std::error_code& ec) {
     ec.clear();
+    // Full paths: some implementations of ReplaceFileW (Wine's) refuse
+    // relative ones.
+    const std::wstring sourcePath = std::filesystem::absolute(source, ec).wstring();
+    const std::wstring targetPath = std::filesystem::absolute(target, ec).wstring();
+    if (ec) return false;
+    // A folder is never replaced by a file (some implementations would move
+    // the folder aside).
+    const DWORD attributes = ::GetFileAttributesW(targetPath.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        ec = std::error_code(ERROR_ACCESS_DENIED, std::system_category());
+        return false;
+    }
     DWORD error = ERROR_SUCCESS;
     for (int attempt = 0; attempt < REPLACE_TRIES; ++attempt) {
         if (attempt > 0) std::this_thread::sleep_for(REPLACE_PAUSE);
-        error = lf_replaceOnce(source.wstring(), target.wstring());
+        error = lf_replaceOnce(sourcePath, targetPath);
         if (error == ERROR_SUCCESS) return true;
         if (!lf_isTransient(error)) break;
     }
