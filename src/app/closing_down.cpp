@@ -18,6 +18,7 @@
 #include "feeds/feed_start.h"
 #include "gui/gui.h"
 #include "liveries/livery_matching.h"
+#include "platform/sockets.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -77,6 +78,7 @@ void lf_closeSession(ExitReason reason, std::int32_t seconds) {
         if (simClientThread.joinable()) simClientThread.join();
         gf_stopFeedReaders();
         gf_closeRTApp();
+        pf_stopSockets();
 
         if (reason == ExitReason::SystemError) {
             for (int waited = 0; waited < frameTiming.systemErrorWait_ms && userClosing.load() == 0;

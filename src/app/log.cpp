@@ -6,6 +6,7 @@
 #include <ctime>
 #include <mutex>
 #include <stdexcept>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -27,15 +28,25 @@ LogLimits limits;
 std::uint64_t bytesWritten = 0;
 std::uint64_t complaintsDropped = 0;
 std::uint64_t linesDropped = 0;
+// Lines since the last flush. Buffered here rather than by the C library,
+// whose buffer size and write-through rules differ between systems.
+std::string pending;
 
 // Caller holds logMutex.
 void lf_write(std::string_view prefix, std::string_view text) {
-    std::fwrite(prefix.data(), 1, prefix.size(), logFile);
-    std::fwrite(text.data(), 1, text.size(), logFile);
-    std::fputc('\n', logFile);
+    pending.append(prefix);
+    pending.append(text);
+    pending += '\n';
     const std::size_t n = prefix.size() + text.size() + 1;
     bytesSinceFlush += n;
     bytesWritten += n;
+}
+
+// Caller holds logMutex; the log is open.
+void lf_flush() {
+    std::fwrite(pending.data(), 1, pending.size(), logFile);
+    std::fflush(logFile);
+    pending.clear();
 }
 
 // Caller holds logMutex. False when the line must be dropped; the first drop
@@ -47,7 +58,7 @@ bool lf_roomFor(std::size_t n, bool complaint) {
     if (dropped++ == 0) {
         lf_write("==> ", fmt::format("Log.txt reached {} bytes: further {} are not written", bound,
                                      complaint ? "complaints" : "lines"));
-        std::fflush(logFile);
+        lf_flush();
         bytesSinceFlush = 0;
     }
     return false;
@@ -59,7 +70,7 @@ void lf_closeLocked() {
         lf_write("==> ", fmt::format("{} complaint{} and {} other line{} were not written",
                                      complaintsDropped, complaintsDropped == 1 ? "" : "s",
                                      linesDropped, linesDropped == 1 ? "" : "s"));
-    std::fflush(logFile);
+    lf_flush();
     std::fclose(logFile);
     logFile = nullptr;
     bytesSinceFlush = 0;
@@ -91,7 +102,7 @@ void gf_openLogAt(const std::filesystem::path& file) {
     linesDropped = 0;
     limits = nextLimits;
     lf_write("", head);
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 
@@ -115,7 +126,7 @@ void gf_logLine(std::string_view text) {
     if (logFile == nullptr || !lf_roomFor(text.size() + 1, false)) return;
     lf_write("", text);
     if (bytesSinceFlush >= FLUSH_BYTES) {
-        std::fflush(logFile);
+        lf_flush();
         bytesSinceFlush = 0;
     }
 }
@@ -124,7 +135,7 @@ void gf_logError(std::string_view text) {
     std::lock_guard lock(logMutex);
     if (logFile == nullptr || !lf_roomFor(text.size() + 5, false)) return;
     lf_write("==> ", text);
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 
@@ -132,14 +143,14 @@ void gf_logComplaint(std::string_view text) {
     std::lock_guard lock(logMutex);
     if (logFile == nullptr || !lf_roomFor(text.size() + 5, true)) return;
     lf_write("==> ", text);
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 
 void gf_flushLog() {
     std::lock_guard lock(logMutex);
     if (logFile == nullptr) return;
-    std::fflush(logFile);
+    lf_flush();
     bytesSinceFlush = 0;
 }
 

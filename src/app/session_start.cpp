@@ -2,6 +2,7 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 #include <fmt/format.h>
@@ -25,6 +26,7 @@
 #include "gui/gui.h"
 #include "liveries/liveries_scan.h"
 #include "liveries/reference_db.h"
+#include "platform/sockets.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -214,6 +216,8 @@ void lf_main() {
         ~ClosingGuard() { lf_closingDown(); }
     } closing;
     try {
+        if (const int error = pf_startSockets(); error != 0)
+            throw std::runtime_error(fmt::format("WSAStartup failed, error: {}", error));
         if (!fs::is_directory("docs"))
             throw UserRelatedException(
                 41, fmt::format("{} must be run from the {} folder!", PROGRAM_NAME, PROGRAM_NAME));

@@ -1,5 +1,5 @@
 // The system's ANSI code page. On Windows that is whatever the machine is set
-// to; here it is Windows-1252, converted through iconv.
+// to (MultiByteToWideChar); elsewhere it is Windows-1252, through iconv.
 #pragma once
 
 #include <optional>

@@ -9,11 +9,16 @@
 namespace tfx {
 
 struct InstanceLock {
+#ifdef _WIN32
+    void* mutex = nullptr;  // the named mutex "Local\$ZEPT$"
+#else
     int fd = -1;
+#endif
 };
 
 // True when this process now holds the lock; false when another holds it.
-// Throws std::runtime_error when the lock file cannot be opened.
+// Throws std::runtime_error when the lock file cannot be opened. On Windows
+// the lock is the named mutex of the user's session and lockFile is unused.
 bool pf_acquireInstanceLock(const std::filesystem::path& lockFile, InstanceLock& lock);
 // The same for a folder, which is locked as it stands: nothing is written into
 // it, so a read-only folder can be locked too.

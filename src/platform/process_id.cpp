@@ -1,7 +1,7 @@
 #include "platform/process_id.h"
 
 #ifdef _WIN32
-#include <windows.h>
+#include "platform/windows_headers.h"
 #else
 #include <unistd.h>
 #endif

@@ -13,8 +13,13 @@
 
 namespace tfx {
 
+#ifdef _WIN32
+using SocketFd = std::uintptr_t;                     // SOCKET
+inline constexpr SocketFd NO_SOCKET = ~SocketFd{0};  // INVALID_SOCKET
+#else
 using SocketFd = int;
 inline constexpr SocketFd NO_SOCKET = -1;
+#endif
 
 // Winsock numbers of the errors the links tell apart.
 inline constexpr int WSA_EINTR = 10004;
@@ -27,9 +32,15 @@ inline constexpr int WSA_ETIMEDOUT = 10060;
 // of the network and broadcasts its datagrams there.
 inline constexpr std::string_view ANY_ADDRESS = "0.0.0.0";
 
+// Starts the system's socket library (Winsock 2.2) for this process; 0 on
+// success, else the error code. pf_stopSockets ends one successful start
+// and does nothing when none is left. Nothing to start on POSIX systems.
+int pf_startSockets();
+void pf_stopSockets();
+
 // The last socket error of this thread, as a Winsock number.
 int gf_socketError();
-// An errno value as a Winsock number.
+// An errno value as a Winsock number (Winsock numbers pass unchanged).
 int gf_winsockNumber(int errnoValue);
 
 // New sockets; NO_SOCKET on failure (gf_socketError tells why).

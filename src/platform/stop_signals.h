@@ -11,6 +11,10 @@ namespace tfx {
 // onStop, on that thread, for each such signal.
 void pf_startStopSignalWatcher(std::function<void(int signal)> onStop);
 // Ends the watcher thread (within about 200 ms) and joins it.
+// On Windows the console's control events take the place of the signals:
+// Ctrl-C and Ctrl-Break call onStop(SIGINT), closing the console window,
+// logging off and shutting down call onStop(SIGTERM), each on a thread the
+// system starts for it.
 void pf_stopStopSignalWatcher();
 
 }  // namespace tfx

@@ -1,8 +1,9 @@
 #include "platform/timer_resolution.h"
 
 #ifdef _WIN32
-#include <timeapi.h>
-#include <windows.h>
+#include "platform/windows_headers.h"
+
+#include <mmsystem.h>
 #endif
 
 namespace tfx {

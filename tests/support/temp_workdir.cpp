@@ -3,7 +3,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
+
+#include <fmt/format.h>
 
 #include "app/log.h"
 #include "app/parameters.h"
@@ -11,13 +14,36 @@
 namespace fs = std::filesystem;
 
 namespace tfx::test {
+namespace {
+
+void lf_setDataDir(const std::string& value) {
+#ifdef _WIN32
+    ::_putenv_s("ZEPT_DATA_DIR", value.c_str());  // an empty value removes it
+#else
+    if (value.empty())
+        ::unsetenv("ZEPT_DATA_DIR");
+    else
+        ::setenv("ZEPT_DATA_DIR", value.c_str(), 1);
+#endif
+}
+
+// A new folder of its own under the system's temporary folder.
+fs::path lf_makeTempDir() {
+    std::random_device seed;
+    std::mt19937_64 random(seed());
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        fs::path dir = fs::temp_directory_path() / fmt::format("zept-test-{:012x}", random() >> 16);
+        if (fs::create_directory(dir)) return dir;
+    }
+    throw std::runtime_error("cannot make a temporary folder");
+}
+
+}  // namespace
 
 TempWorkdir::TempWorkdir(bool openLog) : previous_(fs::current_path()) {
-    std::string pattern = (fs::temp_directory_path() / "zept-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    dir_ = pattern;
+    dir_ = lf_makeTempDir();
     fs::current_path(dir_);
-    ::setenv("ZEPT_DATA_DIR", dir_.c_str(), 1);
+    lf_setDataDir(dir_.string());
     params.resetToDefaults();
     if (openLog) gf_openLog();
 }
@@ -27,7 +53,7 @@ TempWorkdir::~TempWorkdir() {
     std::error_code ec;
     fs::current_path(previous_, ec);
     fs::remove_all(dir_, ec);
-    ::unsetenv("ZEPT_DATA_DIR");
+    lf_setDataDir("");
 }
 
 std::string TempWorkdir::logText() const {

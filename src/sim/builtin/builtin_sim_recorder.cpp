@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "platform/file_open.h"
 #include "platform/file_replace.h"
 
 namespace tfx {
@@ -29,7 +30,7 @@ namespace bsim {
 bool gf_openRecordingFile(PositionRecorder& recorder, const std::filesystem::path& path) {
     gf_closeRecordingFile(recorder);
     const std::filesystem::path working = pf_temporaryNameFor(path);
-    recorder.csv = std::fopen(working.c_str(), "wb");
+    recorder.csv = pf_openFile(working, "wb");
     if (recorder.csv == nullptr) {
         gf_logError(fmt::format("Cannot write the recorded positions to {}", path.string()));
         return false;

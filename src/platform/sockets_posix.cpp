@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 
 namespace tfx {
 
@@ -29,6 +28,12 @@ bool lf_setInt(SocketFd s, int level, int name, int value) {
 }
 
 }  // namespace
+
+int pf_startSockets() {
+    return 0;
+}
+
+void pf_stopSockets() {}
 
 int gf_winsockNumber(int e) {
     switch (e) {
@@ -268,14 +273,6 @@ std::string gf_boundAddress(SocketFd s) {
     if (getsockname(s, reinterpret_cast<sockaddr*>(&a), &len) != 0) return {};
     char text[INET_ADDRSTRLEN] = {};
     return inet_ntop(AF_INET, &a.sin_addr, text, sizeof text) ? std::string(text) : std::string();
-}
-
-std::uint16_t gf_portNumber(std::string_view text) {
-    unsigned value = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || ec != std::errc() || end != text.data() + text.size() || value > 65535)
-        return 0;
-    return static_cast<std::uint16_t>(value);
 }
 
 }  // namespace tfx
