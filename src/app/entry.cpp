@@ -22,6 +22,7 @@
 #include "app/session.h"
 #include "app/session_internal.h"
 #include "gui/gui.h"
+#include "platform/file_open.h"
 #include "platform/file_replace.h"
 #include "platform/instance_lock.h"
 #include "platform/stop_signals.h"
@@ -67,7 +68,7 @@ std::string lf_dataFolderProblem(const std::filesystem::path& folder) {
     if (!std::filesystem::is_directory(folder, ec))
         return fmt::format("Failed to create directory: {}", folder.string());
     const auto probe = pf_temporaryNameFor(folder / "parameters.xml");
-    std::FILE* f = std::fopen(probe.c_str(), "wb");
+    std::FILE* f = pf_openFile(probe, "wb");
     if (f == nullptr)
         return fmt::format("The data folder {} can't be written: {}", folder.string(),
                            std::strerror(errno));

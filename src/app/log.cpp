@@ -12,6 +12,7 @@
 
 #include "app/file_utils.h"
 #include "app/version.h"
+#include "platform/file_open.h"
 
 namespace tfx {
 namespace {
@@ -92,7 +93,7 @@ void gf_openLogAt(const std::filesystem::path& file) {
     const std::string head = fmt::format("{} {} version {} for {}", gf_nowText(), PROGRAM_NAME,
                                          gf_versionText(gf_runningVersion()), "MSFS 2020/2024");
     std::lock_guard lock(logMutex);
-    logFile = std::fopen(file.c_str(), "wb");
+    logFile = pf_openFile(file, "wb");
     if (logFile == nullptr)
         throw std::runtime_error(
             fmt::format("Failed to write file {}: {}", file.string(), std::strerror(errno)));

@@ -71,4 +71,16 @@ std::filesystem::path pf_temporaryNameFor(const std::filesystem::path& target) {
     return tmp;
 }
 
+bool pf_processAlive(std::uint64_t processId) {
+    if (processId == 0 || processId > 0xffffffffu) return false;
+    HANDLE process =
+        ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(processId));
+    // Access denied means it runs under another user: alive all the same.
+    if (process == nullptr) return ::GetLastError() == ERROR_ACCESS_DENIED;
+    DWORD code = 0;
+    const bool alive = ::GetExitCodeProcess(process, &code) && code == STILL_ACTIVE;
+    ::CloseHandle(process);
+    return alive;
+}
+
 }  // namespace tfx

@@ -1,5 +1,6 @@
 #include "platform/instance_lock.h"
 
+#include <cwctype>
 #include <stdexcept>
 #include <string>
 
@@ -7,10 +8,10 @@
 
 namespace tfx {
 
-bool pf_acquireInstanceLock(const std::filesystem::path&, InstanceLock& lock) {
-    // "Local\" keeps the name to this logon session: another user on the
-    // same machine may run a ZEPT of their own.
-    HANDLE mutex = ::CreateMutexW(nullptr, FALSE, L"Local\\$ZEPT$");
+namespace {
+
+bool lf_takeMutex(const std::wstring& name, InstanceLock& lock) {
+    HANDLE mutex = ::CreateMutexW(nullptr, FALSE, name.c_str());
     if (mutex == nullptr)
         throw std::runtime_error("CreateMutex failed, error " + std::to_string(::GetLastError()));
     if (::GetLastError() == ERROR_ALREADY_EXISTS) {
@@ -19,6 +20,25 @@ bool pf_acquireInstanceLock(const std::filesystem::path&, InstanceLock& lock) {
     }
     lock.mutex = mutex;
     return true;
+}
+
+}  // namespace
+
+bool pf_acquireInstanceLock(const std::filesystem::path&, InstanceLock& lock) {
+    // "Local\" keeps the name to this logon session: another user on the
+    // same machine may run a ZEPT of their own.
+    return lf_takeMutex(L"Local\\$ZEPT$", lock);
+}
+
+bool pf_acquireFolderLock(const std::filesystem::path& folder, InstanceLock& lock) {
+    // A mutex named after the folder's full path, upper-cased (the file
+    // system ignores case); backslashes are not allowed in the name.
+    std::wstring name = std::filesystem::absolute(folder).lexically_normal().wstring();
+    for (wchar_t& c : name) {
+        if (c == L'\\') c = L'/';
+        c = static_cast<wchar_t>(std::towupper(c));
+    }
+    return lf_takeMutex(L"Local\\$ZEPT$folder$" + name, lock);
 }
 
 void pf_releaseInstanceLock(InstanceLock& lock) {

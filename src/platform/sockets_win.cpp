@@ -245,8 +245,7 @@ std::string gf_boundAddress(SocketFd s) {
     int len = sizeof a;
     if (::getsockname(s, reinterpret_cast<sockaddr*>(&a), &len) != 0) return {};
     char text[INET_ADDRSTRLEN] = {};
-    return ::inet_ntop(AF_INET, &a.sin_addr, text, sizeof text) ? std::string(text)
-                                                                : std::string();
+    return ::inet_ntop(AF_INET, &a.sin_addr, text, sizeof text) ? std::string(text) : std::string();
 }
 
 // Winsock has no per-call "don't wait": the socket is non-blocking for this

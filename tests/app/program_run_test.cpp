@@ -1,5 +1,8 @@
 // The program as a process of its own: started through its entry in a child,
 // stopped by real signals, judged by its exit code, console and files.
+// POSIX only (fork, exec and signals); under Wine the Windows main job test
+// does the same for the console's control events.
+#ifndef _WIN32
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -172,3 +175,5 @@ TEST(ProgramRun, WorkingFilesOfKilledRunsGoAtStart) {
     for (const char* name : kept) EXPECT_TRUE(fs::exists(dir.path() / name)) << name;
     EXPECT_TRUE(has(dir.read("Log.txt"), "4 files of interrupted runs removed"));
 }
+
+#endif  // _WIN32

@@ -11,6 +11,7 @@
 #include "app/parameters.h"
 #include "app/run_state.h"
 #include "liveries/liveries_walk.h"
+#include "support/environment.h"
 #include "support/temp_workdir.h"
 
 namespace fs = std::filesystem;
@@ -19,8 +20,10 @@ using namespace tfx;
 namespace {
 
 struct Env {
-    Env(const char* name, const fs::path& value) : name_(name) { ::setenv(name, value.c_str(), 1); }
-    ~Env() { ::unsetenv(name_); }
+    Env(const char* name, const fs::path& value) : name_(name) {
+        test::setEnvVar(name, value.string());
+    }
+    ~Env() { test::setEnvVar(name_, ""); }
     const char* name_;
 };
 

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/environment.h"
+
 namespace tfx::test {
 
 class DemoInstallation {
@@ -22,9 +24,9 @@ public:
         fs::create_directories(local / "MSFSPackages");
         std::ofstream(local / "MSFSPackages" / "UserCfg.opt")
             << "InstalledPackagesPath \"" << packages.string() << "\"\n";
-        ::setenv("XDG_DATA_HOME", local.c_str(), 1);
+        setEnvVar("XDG_DATA_HOME", local.string());
     }
-    ~DemoInstallation() { ::unsetenv("XDG_DATA_HOME"); }
+    ~DemoInstallation() { setEnvVar("XDG_DATA_HOME", ""); }
     DemoInstallation(const DemoInstallation&) = delete;
     DemoInstallation& operator=(const DemoInstallation&) = delete;
 };

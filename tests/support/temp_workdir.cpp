@@ -10,6 +10,7 @@
 
 #include "app/log.h"
 #include "app/parameters.h"
+#include "support/environment.h"
 
 namespace fs = std::filesystem;
 
@@ -17,14 +18,7 @@ namespace tfx::test {
 namespace {
 
 void lf_setDataDir(const std::string& value) {
-#ifdef _WIN32
-    ::_putenv_s("ZEPT_DATA_DIR", value.c_str());  // an empty value removes it
-#else
-    if (value.empty())
-        ::unsetenv("ZEPT_DATA_DIR");
-    else
-        ::setenv("ZEPT_DATA_DIR", value.c_str(), 1);
-#endif
+    setEnvVar("ZEPT_DATA_DIR", value);
 }
 
 // A new folder of its own under the system's temporary folder.
