@@ -18,9 +18,11 @@ search=("/usr/lib/gcc/$triplet/12-posix" "/usr/$triplet/lib" ${deps:+"$deps/bin"
 rm -rf "$release"
 mkdir -p "$release/docs" "$release/input"
 cp "$build/zept.exe" "$release/"
-cp "$build/input/dbase.enc" "$release/input/"
+cp "$build"/input/*.enc "$release/input/"
 cp "$src/README.md" "$release/docs/"
-cp "$src/data/sim_scenario_demo.json" "$release/sim_scenario.json"
+# The demo scenario; its installation of AI packages is not laid out for Wine
+# yet, so the scenario keeps its own list of titles.
+cp "$src/data/sim_scenario_egtk.json" "$release/sim_scenario.json"
 
 declare -A copied
 pending=("$release/zept.exe")
