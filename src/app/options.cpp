@@ -1,5 +1,6 @@
 #include "app/options.h"
 
+#include <mutex>
 #include <string_view>
 
 #include "app/parameters.h"
@@ -7,9 +8,13 @@
 namespace tfx {
 namespace {
 
-// libstdc++ keeps the reference count change and the pointer swap together,
-// so a reader never sees a snapshot freed under it; no mutex is involved.
-std::atomic<OptionsPtr> current{std::make_shared<const Options>()};
+// The snapshot pointer under a mutex held only to copy or swap it. (The
+// library's atomic shared pointer of g++ 12 releases its internal lock after
+// a load without ordering it before the next exchange, which the thread
+// sanitizer rightly reports.) Readers copy the pointer once and then read the
+// snapshot without any lock; a snapshot is never changed once published.
+std::mutex currentMutex;
+OptionsPtr current = std::make_shared<const Options>();
 
 constexpr double NM_TO_M = 1852.0;
 constexpr double RT_DIRECT_EXTRA_M = 10000.0;
@@ -115,24 +120,30 @@ const OptionRow OPTION_ROWS[] = {
 PendingFlags pending;
 
 OptionsPtr gf_options() {
-    return current.load(std::memory_order_acquire);
+    std::lock_guard lock(currentMutex);
+    return current;
 }
 
 void gf_publishOptions(const std::function<void(Options&)>& change) {
-    OptionsPtr seen = current.load(std::memory_order_acquire);
+    OptionsPtr seen = gf_options();
     while (true) {
         auto copy = std::make_shared<Options>(*seen);
         change(*copy);
-        OptionsPtr next = std::move(copy);
-        // On failure seen is refreshed with the winner's snapshot; redo on it.
-        if (current.compare_exchange_weak(seen, next, std::memory_order_acq_rel)) return;
+        // Another publisher may have come first: redo the change on its snapshot.
+        std::lock_guard lock(currentMutex);
+        if (current == seen) {
+            current = std::move(copy);
+            return;
+        }
+        seen = current;
     }
 }
 
 void gf_buildOptions() {
     auto fresh = std::make_shared<Options>();
     for (const OptionRow& row : OPTION_ROWS) row.fill(*fresh);
-    current.store(std::move(fresh), std::memory_order_release);
+    std::lock_guard lock(currentMutex);
+    current = std::move(fresh);
 }
 
 void updateOptions(const Parameter& changed) {

@@ -225,6 +225,8 @@ void lf_main() {
 
         if (!(params.SKIP_LIVERIES_SCAN.current && fs::exists(gf_scannedLiveriesPath())))
             gf_scanLiveries();
+        // A close during the scan leaves no new file to read: end as asked.
+        if (!gf_keepRunning()) return;
         gf_processScannedLiveries();
         if (!gf_keepRunning()) return;
 

@@ -19,7 +19,9 @@ namespace tfx {
 
 namespace {
 
-std::int32_t readerQnh = 0;  // the weather thread's copy
+// The weather thread's last value; the traffic reader clears it on a new
+// connection, so it is atomic.
+std::atomic<std::int32_t> readerQnh{0};
 std::atomic<std::int64_t> lastGood_s{0};
 ComplaintLimit weatherComplaints;
 constexpr std::size_t LOGGED_TEXT_CHARS = 200;  // of a bad datagram, in the log
@@ -49,8 +51,7 @@ void gf_takeWeatherDatagram(std::string_view text) {
                          std::chrono::steady_clock::now().time_since_epoch())
                          .count();
         const auto rounded = static_cast<std::int32_t>(std::lround(value));
-        if (rounded != readerQnh) {
-            readerQnh = rounded;
+        if (readerQnh.exchange(rounded) != rounded) {
             qnh.exchange(rounded);
             Gui::enqueueUpdate({GuiKind::Qnh, std::int64_t{rounded}});
         }
