@@ -37,7 +37,7 @@ trap cleanup EXIT
 
 start_standin
 cd hostile
-ZEPT_DATA_DIR="$PWD/data" ./zept --rt-app --status 2 --duration $((minutes * 60 + 120)) \
+XDG_DATA_HOME="$PWD/simulator/localappdata" ZEPT_DATA_DIR="$PWD/data" ./zept --rt-app --status 2 --duration $((minutes * 60 + 120)) \
   >console.txt 2>&1 &
 zept_pid=$!
 cd "$src"

@@ -21,7 +21,7 @@ standin_pid=$!
 trap 'kill "$standin_pid" 2>/dev/null; wait 2>/dev/null || true' EXIT
 
 cd soak
-ZEPT_DATA_DIR="$PWD/data" ./zept --rt-app --status 10 --duration $((minutes * 60)) \
+XDG_DATA_HOME="$PWD/simulator/localappdata" ZEPT_DATA_DIR="$PWD/data" ./zept --rt-app --status 10 --duration $((minutes * 60)) \
   >console.txt 2>&1 &
 zept_pid=$!
 echo "soak: $minutes minutes, ZEPT pid $zept_pid; memory every 10 s in soak/memory.csv"
