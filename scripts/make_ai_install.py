@@ -60,11 +60,11 @@ INVALID_AIRLINES = ["QQX1", "Q9Q", "ABCDE", "XQZ"]
 
 
 def load_iata_table():
-    spec = importlib.util.spec_from_file_location("dbase_records", ROOT / "scripts" / "make_dbase_records.py")
-    module = importlib.util.module_from_spec(spec)
+    found = importlib.util.spec_from_file_location("dbase_records", ROOT / "scripts" / "make_dbase_records.py")
+    module = importlib.util.module_from_spec(found)
     saved, sys.argv = sys.argv, sys.argv[:1]
     try:
-        spec.loader.exec_module(module)
+        found.loader.exec_module(module)
     finally:
         sys.argv = saved
     return module.IATA_TO_ICAO
