@@ -54,6 +54,10 @@ struct Stand {
     std::uint32_t type = 0;
     bool manual = false;  // created by hand in a learned file
     bool cargo = false, ramp = false, heli = false;
+    // Run-time marks of the parking; no file holds them.
+    bool taken = false;             // the plan or a stayer uses the stand
+    bool liveHere = false;          // a live aircraft arrived at the stand
+    bool blockedByOverlap = false;  // an overlapping stand is taken, or the user's stand
 };
 
 struct AirportFile {

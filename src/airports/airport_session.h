@@ -1,5 +1,5 @@
-// What a session's start needs of the airport data: the catalogue, the park
-// airports file, the install path of the simulator and the airport scan.
+// What a session's start needs of the airport data: the catalogue, the
+// install path of the simulator and the airport scan.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,5 @@ void gf_scanAirports();
 // The weekly traffic airports and the archive lists, read afresh by each
 // scan; false (logged) when either failed and the old data stays.
 bool gf_readScanCatalogues(bool is2020);
-// The user's park airports list; false when a line named an unknown airport.
-bool gf_readMyParkAirportsFile();
 
 }  // namespace tfx

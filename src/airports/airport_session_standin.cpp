@@ -10,8 +10,4 @@ void gf_scanAirports() {
     gf_readScanCatalogues(gf_isMSFS2020());
 }
 
-bool gf_readMyParkAirportsFile() {
-    return true;
-}
-
 }  // namespace tfx

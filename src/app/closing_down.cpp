@@ -18,6 +18,7 @@
 #include "feeds/feed_start.h"
 #include "gui/gui.h"
 #include "liveries/livery_matching.h"
+#include "parking/parking_update.h"
 #include "platform/sockets.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
@@ -85,6 +86,7 @@ void lf_closeSession(ExitReason reason, std::int32_t seconds) {
                  waited += 100)
                 lf_sleepMs(100);
         }
+        gf_parkingClosingDown();
         lf_removeFlightPlanFolder();
         lf_clearAndSave(params.DESTINATION);
         gf_liveryTrafficEnded();

@@ -16,6 +16,7 @@
 #include "feeds/rtapp/rt_app_position.h"
 #include "gui/gui.h"
 #include "liveries/livery_gap_report.h"
+#include "parking/airport_context.h"
 #include "platform/timer_resolution.h"
 #include "sim/sim_queues.h"
 #include "traffic/traffic.h"
@@ -81,6 +82,7 @@ bool lf_tick() {
 void lf_mainLoop() {
     // The 10 ms grid needs a 1 ms system timer on Windows.
     MillisecondTimerScope fineTimer;
+    gf_parkAtStartAirport();
     secondsCounter = 0;
     trafficOpen = 1;
     SteadyLoopClock clock;

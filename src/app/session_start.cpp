@@ -26,6 +26,8 @@
 #include "gui/gui.h"
 #include "liveries/liveries_scan.h"
 #include "liveries/reference_db.h"
+#include "parking/airport_context.h"
+#include "parking/park_airport_list.h"
 #include "platform/sockets.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
@@ -240,12 +242,14 @@ void lf_main() {
         if (!lf_createFlightPlanFolder()) return;
 
         gf_readMyParkAirportsFile();
+        gf_takeStoredDestination();
         trafficOpen = 0;
         gf_stopTraffic();
         gf_flushLog();
         if (!gf_keepRunning()) return;
 
         if (!lf_startSimClient()) return;
+        gf_parkAirportAtStart();
         if (!(gf_isRTDirect() ? lf_startRTAPIFeeds() : lf_startRTAppFeeds())) return;
         if (!gf_keepRunning()) return;
 

@@ -9,8 +9,11 @@
 #include "app/run_state.h"
 #include "feeds/rtapp/rt_app_position.h"
 #include "feeds/rtapp/rtapp_readers.h"
+#include "parking/park_airport.h"
+#include "parking/parking_state.h"
 #include "traffic/allocation_count.h"
 #include "traffic/traffic_counters.h"
+#include "traffic/traffic_tables.h"
 
 namespace tfx {
 
@@ -31,6 +34,18 @@ std::string lf_feedText() {
     return fmt::format("RT App connected ({} datagrams)", gf_trafficDatagrams());
 }
 
+// The park airport and its static aircraft standing in the simulator.
+std::string lf_parkText() {
+    if (!parkAirport.known()) return "park: none";
+    std::int64_t parked = 0;
+    for (const StaticAircraft& ac : staticAircraft)
+        if (ac.simState == SimState::active) ++parked;
+    if (parking.wantedParked < 0)
+        return fmt::format("park: {}, no stands", parkAirport.code.text());
+    return fmt::format("park: {}, {} parked of {}", parkAirport.code.text(), parked,
+                       parking.wantedParked);
+}
+
 }  // namespace
 
 void gf_noteTickTime(double tick_us) {
@@ -46,12 +61,13 @@ std::string gf_statusLineText(const TickTiming& t) {
             ? fmt::format("{} allocations in {} ticks", t.allocations, t.allocatingTicks)
             : std::string("allocations not counted");
     return fmt::format(
-        "feed: {} | received {} | waiting {} | created {} | refused {} | active {} | removed {} | "
+        "feed: {} | {} | received {} | waiting {} | created {} | refused {} | active {} | removed "
+        "{} | "
         "tick {:.0f} us mean, {:.0f} us max over {} ticks, {}",
-        lf_feedText(), trafficCounters.received.load(), gf_liveCountIn(SimState::buffer),
-        trafficCounters.created.load(), trafficCounters.createFailed.load(),
-        gf_liveCountIn(SimState::active), trafficCounters.removed.load(), mean_us, t.max_us,
-        t.ticks, allocations);
+        lf_feedText(), lf_parkText(), trafficCounters.received.load(),
+        gf_liveCountIn(SimState::buffer), trafficCounters.created.load(),
+        trafficCounters.createFailed.load(), gf_liveCountIn(SimState::active),
+        trafficCounters.removed.load(), mean_us, t.max_us, t.ticks, allocations);
 }
 
 void gf_statusLineEverySecond(std::int32_t status_s) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "airports/airport_catalogue.h"
 #include "traffic/aircraft.h"
 
 namespace tfx {
@@ -14,6 +15,7 @@ struct ParkAirportRecord {
     std::array<char, 3> iata{};
     double lat = 0, lon = 0;  // degrees
     double alt_ft = 0;
+    IcaoCode code;
     bool known() const { return icao != 0; }
 };
 
@@ -21,6 +23,8 @@ extern ParkAirportRecord parkAirport;
 
 // Whether a route end names the park airport.
 bool gf_isParkAirport(const AirportRef& ref);
+// The catalogue's airport becomes the park airport.
+void gf_setParkAirport(const Airport& airport);
 void gf_clearParkAirport();
 
 }  // namespace tfx

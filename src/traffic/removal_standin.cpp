@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "parking/parking_applier.h"
 #include "sim/flight_plan.h"
 #include "sim/user_data.h"
 #include "traffic/geometry.h"
@@ -62,6 +63,7 @@ void lf_purgeAircraft(std::uint32_t hexid, std::uint32_t objectid) {
     });
     std::erase(spawnStack, hexid);
     std::erase(nameLookups, hexid);
+    gf_dropDelayedParked(hexid);
 }
 
 bool lf_takeBackCreate(std::deque<CreateRequest>& queue, std::string_view callsign) {

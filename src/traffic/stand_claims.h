@@ -3,10 +3,14 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "traffic/aircraft.h"
+#include "traffic/geometry.h"
 
 namespace tfx {
+
+struct Stand;
 
 // What an aircraft takes over from the stand it is created at.
 struct StandTaken {
@@ -17,6 +21,11 @@ struct StandTaken {
     std::uint8_t isGate = 0;
 };
 
+// The nearest stand at position that the aircraft may use, or nullptr;
+// distance_m is its distance. allowFar also takes a stand a little further
+// off that knows the aircraft.
+Stand* gf_closestStand(std::vector<Stand>& stands, LatLon position, const AircraftBase& ac,
+                       double& distance_m, bool allowFar);
 // The stand an aircraft created on the ground stands at, or none. May set
 // eraseNow when another aircraft has the better claim.
 std::optional<StandTaken> lf_findStandAtSpawn(LiveAircraft& ac);

@@ -14,6 +14,7 @@
 #include "parking/airport_context.h"
 #include "parking/parking_applier.h"
 #include "parking/parking_plan.h"
+#include "parking/parking_state.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -146,7 +147,7 @@ void gf_trafficEverySecond() {
     ++secondsCounter;
     lf_guarded("lf_nextNameLookup", lf_nextNameLookup);
     if (gf_takePending(pending.maxParkChanged)) {
-        lf_guarded("lf_enforceParkedMax", [] { lf_enforceParkedMax(0); });
+        lf_guarded("lf_enforceParkedMax", gf_parkedTargetChanged);
     }
     lf_guarded("lf_isThisTheFurthestLive", [&] { lf_applyLowerLiveLimit(*options); });
     if (gf_takePending(pending.flushPending)) lf_guarded("gf_removeAllStatic", gf_removeAllStatic);

@@ -3,6 +3,7 @@
 #include "feeds/qnh.h"
 #include "liveries/livery_matching.h"
 #include "parking/park_airport.h"
+#include "parking/parking_applier.h"
 #include "parking/parking_plan.h"
 #include "traffic/clock.h"
 #include "traffic/traffic.h"
@@ -34,6 +35,7 @@ void gf_stopTraffic() {
     staticAircraft.clear();
     staticErasePending = false;
     gf_clearStands();
+    gf_resetParkingUpdate();
     gf_resetLiveryMemory();
     qnh.store(1013);
     weekNow = 0;

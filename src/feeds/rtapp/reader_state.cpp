@@ -7,6 +7,7 @@
 #include "feeds/rtapp/rtapp_readers.h"
 #include "parking/airport_context.h"
 #include "parking/park_airport.h"
+#include "parking/user_stand.h"
 #include "sim/user_data.h"
 
 namespace tfx {
@@ -62,6 +63,7 @@ void gf_publishReaderPosition(TrafficReaderState& s) {
         p.parkAirport = LatLon{parkAirport.lat, parkAirport.lon};
     }
     p.userStand = gf_userDestStand();
+    p.nearestStand = gf_closestStandToUser({user.lat, user.lon}).value_or("");
     std::lock_guard lock(s.positionLock);
     s.position = std::move(p);
 }

@@ -1,0 +1,199 @@
+// A simulated week at Honolulu with the converted airport file: the parking
+// update runs on its own clock as in the program, and every half hour the
+// aircraft on the stands are checked against the file and the target. The
+// occupancy curve of the week is printed.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "airports/airport_file_io.h"
+#include "feeds/rtapp/reader_state.h"
+#include "parking/airport_context.h"
+#include "parking/parking_fixture.h"
+#include "parking/parking_plan.h"
+
+namespace tfx::test {
+namespace {
+
+constexpr double PHNL_LAT = 21.3194, PHNL_LON = -157.9213;
+constexpr int MAX_FIT = 16;                  // eight and a half hours
+constexpr std::int64_t MONDAY = 1795392000;  // 2026-11-23 00:00Z
+constexpr int STEP_S = 15;
+constexpr int TICKS_PER_STEP = 60;
+// Aircraft the feed reports in the air or taxiing all week.
+const std::vector<std::string> MOVING = {"HAL051", "HAL015", "UAL200", "DAL1186", "CAL018"};
+
+// Whether the static aircraft's stand had it in the last maxBack half hours
+// (an aircraft planned up to MAX_FIT half hours back stays until the next
+// update, which comes within the half hour after).
+bool lf_fileHadItLately(const Stand& stand, const StaticAircraft& ac, int maxBack) {
+    for (int back = 0; back <= maxBack; ++back) {
+        const std::uint64_t slot = gf_slotBefore(weekNow, back);
+        const std::uint64_t bit = std::uint64_t{1} << gf_slotHalfHour(slot);
+        for (const StandOption& o : stand.options)
+            if (o.reg == ac.regcode && o.day == gf_slotDay(slot) && (o.hours & bit) != 0)
+                return true;
+    }
+    return false;
+}
+
+// Whether the file has the aircraft on its stand in the present half hour.
+bool lf_fileHasItNow(const Stand& stand, const StaticAircraft& ac) {
+    return lf_fileHadItLately(stand, ac, 0);
+}
+
+class ParkingWeek : public ParkingTest {
+protected:
+    // A parked list of the feed: half of the aircraft the file has on its
+    // stands now, and a few the file doesn't know on stands it leaves free.
+    void parkedList(const std::vector<Stand>& stands) {
+        const std::uint32_t day = gf_slotDay(weekNow);
+        const std::uint64_t bit = std::uint64_t{1} << gf_slotHalfHour(weekNow);
+        std::vector<ParkedMessage> list;
+        int unknown = 0;
+        for (const Stand& stand : stands) {
+            const auto now = std::find_if(
+                stand.options.begin(), stand.options.end(),
+                [&](const StandOption& o) { return o.day == day && (o.hours & bit) != 0; });
+            ParkedMessage r;
+            r.hexid = 0xA10000 + static_cast<std::uint32_t>(++records);
+            r.hh = static_cast<std::int32_t>(gf_slotHalfHour(weekNow));
+            r.stand = stand.id;
+            r.lat = stand.latitude;
+            r.lon = stand.longitude;
+            if (now != stand.options.end()) {
+                if (records % 2 == 0) continue;
+                r.aimo = now->key;
+                r.callsign = now->cs1;
+                r.regcode = now->reg;
+            } else {
+                if (stand.heli || ++unknown > 3) continue;
+                r.aimo.model = gf_modelIndex("B738");
+                r.callsign = fmt::format("RTX{}", records);
+                r.regcode = fmt::format("N{}RT", records);
+            }
+            list.push_back(std::move(r));
+        }
+        {
+            std::lock_guard lock(trafficReaderState.parkedLock);
+            trafficReaderState.parkedFinished = std::move(list);
+        }
+        trafficReaderState.parkedDone = true;
+    }
+    int records = 0;
+    void step(std::int64_t t) {
+        weekNow = gf_weekSlotOf(t);
+        if (t % 60 == 0) gf_parkingIntervalMinute();
+        gf_parkingUpdate();
+        feedHeard(MOVING);  // the reader goes on collecting
+        for (int i = 0; i < TICKS_PER_STEP; ++i) {
+            tick();
+            if (i % 5 == 0) answerSim();
+        }
+    }
+    // An update just now is carried out before the stands are looked at.
+    static bool settled() {
+        return parking.plan.empty() && std::all_of(staticAircraft.begin(), staticAircraft.end(),
+                                                   [](const StaticAircraft& ac) {
+                                                       return ac.simState == SimState::active;
+                                                   });
+    }
+    void settle() {
+        for (int i = 0; i < 2000 && !settled(); ++i) run(1);
+        ASSERT_TRUE(settled());
+    }
+    // What must hold whenever the plan has been carried out.
+    void checkStands(const std::vector<Stand>& stands, std::int32_t userStand) {
+        const auto parked = activeStatics();
+        for (std::size_t i = 0; i < parked.size(); ++i) {
+            const StaticAircraft& ac = *parked[i];
+            ASSERT_GE(ac.sid, 1);
+            const Stand& stand = stands[static_cast<std::size_t>(ac.sid - 1)];
+            if (ac.fromAirportFile != 0) {
+                EXPECT_TRUE(lf_fileHadItLately(stand, ac, MAX_FIT + 1))
+                    << ac.callsign << " " << ac.regcode << " on " << stand.id;
+            }
+            EXPECT_FALSE(gf_standsAdjacent(ac.sid, userStand)) << ac.callsign << " on " << stand.id;
+            for (const std::string& cs : MOVING) {
+                EXPECT_NE(ac.flightA, cs);
+                EXPECT_NE(ac.flightB, cs);
+            }
+            for (std::size_t j = i + 1; j < parked.size(); ++j) {
+                const StaticAircraft& other = *parked[j];
+                EXPECT_FALSE(gf_standsAdjacent(ac.sid, other.sid))
+                    << ac.callsign << " and " << other.callsign << " on " << stand.id << " and "
+                    << gf_standName(other.sid);
+                EXPECT_NE(ac.callsign, other.callsign);
+                EXPECT_NE(ac.regcode, other.regcode);
+            }
+        }
+    }
+};
+
+TEST_F(ParkingWeek, AtHonoluluTheTargetHoldsWithTheFilesAircraftAndLeavingClearsEverything) {
+    parkAt("PHNL", sourceFile("data/airports/archive/stock/PHNL.xml"), PHNL_LAT, PHNL_LON);
+    learnedSettings("PHNL", param("parking_percentage", "30") + param("AUTO_PARK", "false") +
+                                param("MAX_FIT", std::to_string(MAX_FIT)));
+    userAt(21.328750, -157.914300, true);  // on stand T2-G7
+    weekNow = gf_weekSlotOf(MONDAY);
+    feedHeard(MOVING);
+    gf_parkAtAirport();
+    ASSERT_EQ(parking.wantedParked, 23);  // 30 % of 76 stands
+    const std::vector<Stand>& stands = loadedAirport.file.stands;
+    const std::int32_t userStand = gf_standNumberOf("T2-G7");
+    ASSERT_GT(userStand, 0);
+
+    std::string curve;
+    int worst = 0;
+    std::size_t mostFromFeed = 0;
+    // The status line of every update would fill the test's output.
+    testing::internal::CaptureStdout();
+    for (std::int64_t t = MONDAY; t < MONDAY + 7 * 86400; t += STEP_S) {
+        if (t % (6 * 3600) == 3 * 3600) parkedList(stands);
+        step(t);
+        // Whenever the applier has done its work, the count is at the target.
+        if (settled()) {
+            EXPECT_NEAR(static_cast<int>(activeStatics().size()), parking.wantedParked, 1)
+                << gf_slotDay(weekNow) << " " << gf_slotHalfHour(weekNow);
+        }
+        if ((t + STEP_S) % 1800 != 0) continue;  // the last step of each half hour
+        settle();
+        checkStands(stands, userStand);
+        const auto parked = activeStatics();
+        const auto count = static_cast<int>(parked.size());
+        const auto now = std::count_if(parked.begin(), parked.end(), [&](const StaticAircraft* ac) {
+            return ac->fromAirportFile == 0 ||
+                   lf_fileHasItNow(stands[static_cast<std::size_t>(ac->sid - 1)], *ac);
+        });
+        EXPECT_NEAR(count, parking.wantedParked, 1)
+            << gf_slotDay(weekNow) << " " << gf_slotHalfHour(weekNow);
+        worst = std::max(worst, std::abs(count - parking.wantedParked));
+        if (gf_slotHalfHour(weekNow) == 0) curve += fmt::format("\nday {}:", gf_slotDay(weekNow));
+        curve += fmt::format(" {}/{}", count, now);
+        mostFromFeed = std::max<std::size_t>(
+            mostFromFeed, std::count_if(parked.begin(), parked.end(), [](const StaticAircraft* ac) {
+                return ac->fromAirportFile == 0;
+            }));
+        if (HasFailure()) break;
+    }
+    testing::internal::GetCapturedStdout();
+    EXPECT_GT(mostFromFeed, 0u);  // the feed's parked lists were planned
+    fmt::print(
+        "Static aircraft at PHNL every half hour, and of them those the file or the feed has "
+        "there in that half hour (target {}, largest miss {}):{}\n",
+        parking.wantedParked, worst, curve);
+
+    // The user takes off and flies out of range: every static aircraft goes.
+    userAt(PHNL_LAT + 0.5, PHNL_LON, false, 3000);
+    gf_parkAirportCheck();
+    EXPECT_FALSE(parkAirport.known());
+    run(1500);
+    EXPECT_TRUE(staticAircraft.empty());
+    EXPECT_TRUE(takeCommands().creates.empty());
+    EXPECT_TRUE(logged("PHNL is out of sight, parked aircraft will be removed"));
+    EXPECT_TRUE(std::filesystem::exists("airports/learned/simaddon/PHNL.xml"));
+}
+
+}  // namespace
+}  // namespace tfx::test
