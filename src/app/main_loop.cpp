@@ -19,6 +19,7 @@
 #include "parking/airport_context.h"
 #include "platform/timer_resolution.h"
 #include "sim/sim_queues.h"
+#include "traffic/clock.h"
 #include "traffic/traffic.h"
 
 namespace tfx {
@@ -82,6 +83,8 @@ bool lf_tick() {
 void lf_mainLoop() {
     // The 10 ms grid needs a 1 ms system timer on Windows.
     MillisecondTimerScope fineTimer;
+    // The half hour of the week the first plan is made for.
+    gf_renewWeekNow();
     gf_parkAtStartAirport();
     secondsCounter = 0;
     trafficOpen = 1;

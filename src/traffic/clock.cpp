@@ -41,6 +41,10 @@ std::uint64_t gf_weekSlotOf(std::int64_t epochSeconds) {
                        static_cast<std::uint32_t>(secondOfDay / 1800));
 }
 
+void gf_renewWeekNow() {
+    weekNow = gf_weekSlotOf(gf_weekClockSeconds(gf_wallClockSeconds()));
+}
+
 void gf_setTimeShiftMode(bool on) {
     timeShiftOn.store(on, std::memory_order_relaxed);
 }

@@ -35,6 +35,8 @@ constexpr std::uint32_t gf_slotHalfHour(std::uint64_t slot) {
 int gf_slotDifference(std::uint64_t later, std::uint64_t earlier);
 // The slot of a UTC time in seconds since the epoch.
 std::uint64_t gf_weekSlotOf(std::int64_t epochSeconds);
+// weekNow from the week clock.
+void gf_renewWeekNow();
 
 // The clock of the week slot. Normally the wall clock; while the traffic is
 // time shifted it is the feed's own time, so that stands are filled as they

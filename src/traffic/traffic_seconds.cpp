@@ -74,10 +74,6 @@ void lf_updateWindowCounters() {
     Gui::enqueueUpdate({GuiKind::StaticFit, parkedStatic.meanHours()});
 }
 
-void lf_renewWeekSlot() {
-    weekNow = gf_weekSlotOf(gf_weekClockSeconds(gf_wallClockSeconds()));
-}
-
 void lf_nextNameLookup() {
     if (nameLookups.empty()) return;
     const std::uint32_t hexid = nameLookups.front();
@@ -143,7 +139,7 @@ void gf_trafficEverySecond() {
     const OptionsPtr options = gf_options();
     lf_guarded("lf_updateWindowCounters", lf_updateWindowCounters);
     lf_guarded("lf_checkDelayedParked", lf_checkDelayedParked);
-    lf_renewWeekSlot();
+    gf_renewWeekNow();
     ++secondsCounter;
     lf_guarded("lf_nextNameLookup", lf_nextNameLookup);
     if (gf_takePending(pending.maxParkChanged)) {

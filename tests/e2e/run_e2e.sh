@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs ZEPT as a process against the stand-in RealTraffic application and the
 # built-in simulator, then checks what it left behind: aircraft created,
-# moving within bounds, removed when their reports stopped, and a clean close
-# on Ctrl-C.
+# moving within bounds, removed when their reports stopped, the user's
+# airport parked, and a clean close on Ctrl-C.
 #   tests/e2e/run_e2e.sh BUILD_DIR
 set -euo pipefail
 src="$(cd "$(dirname "$0")/../.." && pwd)"
@@ -62,7 +62,9 @@ XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" 
 zept_pid=$!
 
 # Wait until everything created has been removed again (or give up).
-deadline=$((SECONDS + 240))
+# Aircraft on the ground hold for MAX_HOLDING_MINUTES (3) after their last
+# report before they go.
+deadline=$((SECONDS + 300))
 done_waiting=0
 while [ $SECONDS -lt $deadline ]; do
   sleep 2
