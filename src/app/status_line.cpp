@@ -61,9 +61,8 @@ std::string gf_statusLineText(const TickTiming& t) {
             ? fmt::format("{} allocations in {} ticks", t.allocations, t.allocatingTicks)
             : std::string("allocations not counted");
     return fmt::format(
-        "feed: {} | {} | received {} | waiting {} | created {} | refused {} | active {} | removed "
-        "{} | "
-        "tick {:.0f} us mean, {:.0f} us max over {} ticks, {}",
+        "feed: {} | {} | received {} | waiting {} | created {} | refused {} | active {} | "
+        "removed {} | tick {:.0f} us mean, {:.0f} us max over {} ticks, {}",
         lf_feedText(), lf_parkText(), trafficCounters.received.load(),
         gf_liveCountIn(SimState::buffer), trafficCounters.created.load(),
         trafficCounters.createFailed.load(), gf_liveCountIn(SimState::active),

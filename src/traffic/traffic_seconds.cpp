@@ -14,7 +14,6 @@
 #include "parking/airport_context.h"
 #include "parking/parking_applier.h"
 #include "parking/parking_plan.h"
-#include "parking/parking_state.h"
 #include "sim/sim_client.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
