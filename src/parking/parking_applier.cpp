@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -32,6 +33,15 @@ constexpr std::uint32_t STATIC_HEXIDS = 10000;
 constexpr double DEG_PER_RAD = 57.29577951308232;
 
 std::uint32_t staticCounter = 0;
+
+// A create the simulator never answers would hold its stand for the whole
+// visit: after this long it is given up, and the next plan has the stand.
+constexpr std::int32_t GIVE_UP_TICKS = 6000;
+struct SentCreate {
+    std::uint32_t hexid;
+    std::int32_t tick;
+};
+std::vector<SentCreate> unanswered;
 
 // The next running number that no static aircraft holds; 0 is never one.
 std::uint32_t lf_nextStaticHexid() {
@@ -126,6 +136,7 @@ void lf_createStatic(const Stand& stand, const StaticPlan& entry) {
     request.hexid = hexid;
     staticAircraft.push_back(std::move(ac));
     staticCreates.push_back(std::move(request));
+    unanswered.push_back({hexid, gf_simTick()});
 }
 
 }  // namespace
@@ -156,12 +167,38 @@ void lf_addOneStatic() {
     lf_createStatic(*stand, entry);
 }
 
+void gf_giveUpUnansweredStatics() {
+    const std::int32_t now = gf_simTick();
+    std::erase_if(unanswered, [now](const SentCreate& sent) {
+        StaticAircraft* ac = gf_findStatic(sent.hexid);
+        if (ac == nullptr || ac->simState != SimState::adding2sim) return true;
+        if (now - sent.tick < GIVE_UP_TICKS) return false;
+        const bool queued =
+            std::any_of(staticCreates.begin(), staticCreates.end(),
+                        [&](const CreateRequest& r) { return r.hexid == sent.hexid; });
+        if (queued) return false;  // still waiting for its turn
+        gf_logLine(fmt::format("{:14}: {:8} no answer from the simulator, given up",
+                               gf_standName(ac->sid), ac->callsign));
+        ac->dropQueued = 1;
+        return true;
+    });
+    for (const StaticAircraft& ac : staticAircraft)
+        if (ac.dropQueued != 0) lf_purgeAircraft(ac.hexid, ac.objectid);
+    std::erase_if(staticAircraft, [](const StaticAircraft& ac) { return ac.dropQueued != 0; });
+}
+
+void gf_forgetUnansweredStatics() {
+    unanswered.clear();
+}
+
 void lf_activateStatic(const SimMessage& message) {
     StaticAircraft* ac = gf_findStatic(message.hexid);
     if (ac == nullptr) {
         gf_logLine(
             fmt::format("Delayed static command expired: hexid:{:x}, objectid:{} no longer exists",
                         message.hexid, gf_objectIdText(message.objectid)));
+        // An answer after the create was given up: no record owns the object.
+        removals.push_back(message.objectid);
         return;
     }
     ac->simState = SimState::active;

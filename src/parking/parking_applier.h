@@ -20,6 +20,10 @@ void lf_addOneStatic();
 std::string lf_determineStaticCallsign(const StaticPlan& entry);
 // Two seconds after a static object arrived: it becomes active.
 void lf_activateStatic(const SimMessage& message);
+// Creates the simulator never answered are given up, so that their stands
+// are free for the next plan.
+void gf_giveUpUnansweredStatics();
+void gf_forgetUnansweredStatics();
 // Static aircraft that became active since the last plan.
 extern std::int64_t parkedUpdatedCount;
 

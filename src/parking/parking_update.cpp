@@ -104,6 +104,7 @@ void gf_parkingIntervalMinute() {
 }
 
 void gf_parkingUpdate() {
+    gf_giveUpUnansweredStatics();
     if (lf_takeNewParkedList() && lf_airportLoaded()) {
         update.parkedDataChanged = true;
         if (parking.plan.empty() && !lf_updatePending()) lf_openRequest();
@@ -177,6 +178,7 @@ void gf_resetParkingUpdate() {
         update.intervalSeen = update.countdown = options->PARKING_INTERVAL_MINUTES;
     parkedUpdatedCount = 0;
     gf_clearDelayedParked();
+    gf_forgetUnansweredStatics();
     parkAirportLoadPending = false;
 }
 

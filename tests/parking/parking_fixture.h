@@ -80,10 +80,14 @@ protected:
     }
 
     // The simulator's side: creates and removals are answered a few ticks
-    // later, in any order.
+    // later, in any order; with neverAnswerOneIn set, some creates never.
     void answerSim() {
         SimCommands taken = takeCommands();
         for (const CreateRequest& c : taken.creates) {
+            if (neverAnswerOneIn > 0 && random() % neverAnswerOneIn == 0) {
+                neverAnswered.push_back({c.hexid, gf_simTick()});
+                continue;
+            }
             answers.push_back({nextObject++, c.hexid, static_cast<std::int32_t>(random() % 30),
                                SIM_STATIC_OBJECT_ID, 0, 0});
         }
@@ -121,6 +125,12 @@ protected:
     }
 
     std::mt19937 random{19};
+    std::uint32_t neverAnswerOneIn = 0;
+    struct Unanswered {
+        std::uint32_t hexid;
+        std::int32_t tick;
+    };
+    std::vector<Unanswered> neverAnswered;
     std::deque<SimMessage> answers;
     std::uint32_t nextObject = 100;
 };
