@@ -131,7 +131,10 @@ class Flight:
         self.wait(hold_s)
 
     def add(self, back=False):
+        """A point now; one within the same tenth of a second replaces the last."""
         p = {"t_s": round(self.t, 1), "lat": round(self.at[0], 7), "lon": round(self.at[1], 7)}
+        if self.points and p["t_s"] <= self.points[-1]["t_s"]:
+            self.points.pop()
         if self.alt is not None:
             p["alt_ft"] = round(self.alt)
         if back:

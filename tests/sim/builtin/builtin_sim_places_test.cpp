@@ -152,6 +152,7 @@ TEST_F(SimPlaces, TheDemoFlightsGoFromGroundToAirToGround) {
         EXPECT_TRUE(last.onGround);
         EXPECT_EQ(last.ground_ft, demo.arrival_ft);
     }
+    EXPECT_EQ(dir.logText().find("==>"), std::string::npos) << "every point of the files is good";
 }
 
 }  // namespace
