@@ -10,8 +10,9 @@ recording of a run (zept --record FILE; scripts/run.sh writes run/motion.csv).
 The map, north up, in metres from the airport's reference point, shows:
 
 - every stand as a circle of its radius, coloured by its type;
-- static aircraft (objects that never moved from where they appeared), as
-  filled triangles, with the name of the stand they stand on;
+- static aircraft (objects that never moved from where they appeared and
+  stayed at least half a minute), as filled triangles, with the name of the
+  stand they stand on;
 - the track of every other AI object (live traffic), a thin line from a dot
   where it appeared to a cross where it went;
 - the user aircraft's track, a thick red line.
@@ -29,7 +30,8 @@ import sys
 import tempfile
 import xml.etree.ElementTree as ET
 
-STATIC_M = 15.0  # an object that never strays this far from its first place is static
+STATIC_M = 15.0  # an object that never strays this far from its first place is static,
+STATIC_S = 30.0  # unless it was gone again this soon (a create taken back)
 
 # Stand types by colour: gates by size, cargo, military, general aviation, the rest.
 TYPE_GROUPS = [
@@ -128,7 +130,11 @@ def main(argv):
     for oid, o in sorted(objects.items()):
         pts = [frame.xy(lat, lon) for _t, lat, lon in o["points"]]
         spread = max(math.hypot(x - pts[0][0], y - pts[0][1]) for x, y in pts)
-        (statics if spread <= STATIC_M else tracks).append((oid, o["tail"], pts))
+        lived_s = (o["points"][-1][0] - o["points"][0][0]) / 1000.0
+        if spread > STATIC_M:
+            tracks.append((oid, o["tail"], pts))
+        elif lived_s >= STATIC_S:
+            statics.append((oid, o["tail"], pts))
 
     work = tempfile.mkdtemp(prefix="plot_airport_")
     try:
