@@ -13,8 +13,8 @@
 # the stored choices hold, as with the real services.
 # --sim NAME flies the built-in simulator's scenario data/sim_scenario_NAME.json
 # (phnl: parked at a Honolulu gate; phnl_circuit: a circuit from the gate;
-# phnl_phog: a flight to Kahului); at PHNL the stand-in answers parked requests
-# from the week of data/parked/PHNL.csv.
+# phnl_phog: a flight to Kahului; bikf: parked at a Keflavik gate); there the
+# stand-in answers parked requests from the week of data/parked/<ICAO>.csv.
 # The data folder (parameters.xml) is $ZEPT_DATA_DIR if set, else
 # $XDG_CONFIG_HOME/ZEPT, else ~/.config/ZEPT.
 set -euo pipefail
@@ -44,6 +44,7 @@ if [[ $standin == 1 ]]; then
   # as the user asked rather than because the application went away.
   parked=()
   [[ "$sim" == phnl* ]] && parked=(--parked data/parked/PHNL.csv)
+  [[ "$sim" == bikf* ]] && parked=(--parked data/parked/BIKF.csv)
   setsid build/default/rt_app_standin --scenario data/rt_scenario_egtk.csv "${parked[@]}" \
     >run/standin.txt 2>&1 &
   standin_pid=$!

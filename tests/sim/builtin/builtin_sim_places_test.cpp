@@ -65,6 +65,8 @@ TEST_F(SimPlaces, TheUserStandsOnAPhnlStandAtTheCataloguesFieldElevation) {
         sim.loadScenario(scenario(R"("parked": {"lat": 21.3, "lon": -157.9})",
                                   R"("airports": [{"icao": "ZZZZ"}, {"icao": "PHNL"}], )")));
     EXPECT_EQ(sim.groundAltitudeFt(21.3194, -157.9213), PHNL_FT);
+    ASSERT_TRUE(sim.loadScenario(std::string(ZEPT_SOURCE_DIR) + "/data/sim_scenario_bikf.json"));
+    EXPECT_NEAR(at(sim, 10).alt_ft, 170 + A20N_CG_FT, 1e-9) << "Keflavik's gate 3";
     const std::string log = dir.logText();
     for (const char* expected : {"has no stand \"Z99\"", "KXYZ.xml of the scenery",
                                  "ZZZZ is not in the airport catalogue, left out"})
