@@ -35,7 +35,7 @@
 //       //           { "t_s": 90, "lat": .., "lon": .., "alt_ft": 1500 } ],
 //       // "loop": false                       // start over after the last point
 //       // or the path in a file of its own (relative to this file):
-//       // "path_file": "user_path.json"  ->  { "airports": ["PHNL", "PHNY"],
+//       // "path_file": "user_path.json"  ->  { "airports": ["PHNL", "PHOG"],
 //       //     "heading_deg": 0, "loop": false, "points": [..] }
 //       // whose airports join the scenario's, named only.
 //     },
@@ -54,7 +54,8 @@
 //
 // Every field has a default; a bad entry is logged and skipped, a file that
 // leaves the user aircraft without a position is refused, and so is one whose
-// stand, path file or named-only airport can't be found.
+// stand or path file can't be used; a named-only airport the catalogue
+// doesn't know is logged and left out.
 #pragma once
 
 #include <cstdint>
