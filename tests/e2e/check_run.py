@@ -49,6 +49,10 @@ def read_recording(path):
     objects = {}
     with open(path, encoding="utf-8") as f:
         for row in csv.DictReader(f):
+            # Positions the program sent; appearances, removals and the user
+            # aircraft's own track are lines of other kinds.
+            if (row.get("kind") or "set") != "set":
+                continue
             objects.setdefault(int(row["object_id"]), []).append({
                 "t": int(row["time_ms"]), "lat": float(row["lat_deg"]),
                 "lon": float(row["lon_deg"]), "alt": float(row["alt_ft"]),
