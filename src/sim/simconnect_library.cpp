@@ -123,8 +123,6 @@ bool SimConnectLibrary::load() {
 
 bool SimConnectLibrary::loadLocked() {
     if (loaded()) return true;
-    tried_ = true;
-    lastTry_ = std::chrono::steady_clock::now();
     std::string report;
     for (const fs::path& file : files_) {
         Functions functions;
@@ -152,11 +150,13 @@ bool SimConnectLibrary::loadLocked() {
                 "program. ZEPT waits for it as for the simulator.",
                 name, report));
         }
-        std::vector<std::string> places;
-        for (const fs::path& file : files_) places.push_back(lf_text(file.parent_path()));
-        gf_showStatus(fmt::format("{} not found (looked in {}); waiting for it ...", name,
-                                  fmt::join(places, "; ")));
     }
+    // Shown at every attempt: the simulator thread's own waiting line comes
+    // after the first one.
+    std::vector<std::string> places;
+    for (const fs::path& file : files_) places.push_back(lf_text(file.parent_path()));
+    gf_showStatus(fmt::format("{} not found (looked in {}); waiting for it ...",
+                              lf_text(SIMCONNECT_LIBRARY_FILE), fmt::join(places, "; ")));
     return false;
 }
 
@@ -166,7 +166,10 @@ HRESULT SimConnectLibrary::SimConnect_Open(HANDLE* phSimConnect, LPCSTR szName, 
     if (phSimConnect != nullptr) *phSimConnect = nullptr;
     if (!loaded()) {
         std::lock_guard lock(mutex_);
-        if (tried_ && std::chrono::steady_clock::now() - lastTry_ < RETRY_PAUSE) return E_FAIL;
+        const auto now = std::chrono::steady_clock::now();
+        if (tried_ && now - lastTry_ < RETRY_PAUSE) return E_FAIL;
+        tried_ = true;
+        lastTry_ = now;
         if (!loadLocked()) return E_FAIL;
     }
     return functions_.SimConnect_Open(phSimConnect, szName, hWnd, UserEventWin32, hEventHandle,

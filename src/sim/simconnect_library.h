@@ -37,7 +37,8 @@ public:
     SimConnectLibrary(const SimConnectLibrary&) = delete;
     SimConnectLibrary& operator=(const SimConnectLibrary&) = delete;
 
-    // Tries the files now, unless a library is loaded; true when one is.
+    // Tries the files now, unless a library is loaded; true when one is. A
+    // failure is logged when it differs from the one logged last.
     bool load();
     bool loaded() const { return loaded_.load(std::memory_order_acquire); }
     // The file in use; empty until one is loaded.
@@ -45,7 +46,8 @@ public:
     // Another list for the next attempts, while none is loaded.
     void setFiles(std::vector<std::filesystem::path> files);
 
-    // Loads the library first when needed, at most once per retry pause.
+    // Loads the library first when needed: at the first open, then at most
+    // once per retry pause.
     HRESULT SimConnect_Open(HANDLE* phSimConnect, LPCSTR szName, HWND hWnd, DWORD UserEventWin32,
                             HANDLE hEventHandle, DWORD ConfigIndex) override;
     HRESULT SimConnect_Close(HANDLE hSimConnect) override;
