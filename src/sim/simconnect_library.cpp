@@ -85,7 +85,10 @@ void TFX_SIMCONNECT_CALL lf_relay(SIMCONNECT_RECV* data, DWORD cbData, void* con
 std::vector<fs::path> gf_simConnectLibraryFiles(const fs::path& named, bool msfs2020) {
     std::vector<fs::path> files;
     if (!named.empty()) {
-        files.push_back(named);
+        // Absolute, so that the libraries it needs are looked for beside it.
+        std::error_code ec;
+        const fs::path absolute = fs::absolute(named, ec);
+        files.push_back(ec ? named : absolute);
         return files;
     }
 #ifdef _WIN32
