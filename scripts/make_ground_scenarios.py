@@ -58,7 +58,7 @@ FT_PER_NM_GLIDE = 318.0  # a 3 degree path
 # Runway use, and the bundled scenarios' windows (day/hh:mm, minutes).
 AIRPORTS = {
     "PHNL": {"land": "04R", "depart": "08R", "window": ("4/00:00", 25)},
-    "BIKF": {"land": "02", "depart": "29", "window": ("4/14:30", 60)},
+    "BIKF": {"land": "02", "depart": "29", "window": ("4/15:30", 60)},
 }
 BUNDLED_MAX = 12
 
@@ -501,7 +501,7 @@ def scenario(icao, start, minutes, most, seed, testdata):
         other = "LAX" if f["kind"] == "A" else "SFO"
         here = {"PHNL": "HNL", "BIKF": "KEF"}.get(icao, icao)
         frm, to = (other, here) if f["kind"] == "A" else (here, other)
-        for r in reports_of(ap, f, track, rng, 0, math.inf):
+        for r in reports_of(ap, f, track, rng, -math.inf, math.inf):
             reports.append((r["t"], hexid, r, f, frm, to))
     t0 = min(r[0] for r in reports)
     reports.sort(key=lambda r: (round(r[0] - t0, 1), r[1]))

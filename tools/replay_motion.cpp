@@ -29,8 +29,7 @@ int main(int argc, char** argv) {
     // it is run from (usually the repository's root).
     gf_openLogAt(std::filesystem::temp_directory_path() / "replay_motion_Log.txt");
     const replay::Setup setup = replay::gf_setupFor(
-        *scenario,
-        std::filesystem::path(path).parent_path() / "airports" / "archive" / "stock");
+        *scenario, std::filesystem::path(path).parent_path() / "airports" / "archive" / "stock");
     const replay::Recording rec = replay::gf_replay(*scenario, setup);
     fmt::print("{} reports ({} bad lines), {} frames at {}{}\n", scenario->reports.size(), bad,
                rec.samples.size(), setup.airport,

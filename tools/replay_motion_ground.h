@@ -115,16 +115,15 @@ inline void lf_heightAndStand(const Recording& rec, const std::vector<const Samp
     }
     const auto stand = rec.stands.find(f.hexid);
     if (atStand == nullptr || stand == rec.stands.end()) return;
-    f.standDistance_m = gf_distanceNm({atStand->m.lat, atStand->m.lon},
-                                      {stand->second.lat, stand->second.lon}) *
-                        METRES_PER_NM;
+    f.standDistance_m =
+        gf_distanceNm({atStand->m.lat, atStand->m.lon}, {stand->second.lat, stand->second.lon}) *
+        METRES_PER_NM;
     f.standHeading_deg =
         std::abs(gf_foldAngle(gf_normalizeHeading(stand->second.heading) - atStand->m.heading)) *
         DEG_PER_RAD;
 }
 
-inline void lf_motion(const Recording& rec, const std::vector<const Sample*>& v,
-                      GroundFigures& f) {
+inline void lf_motion(const Recording& rec, const std::vector<const Sample*>& v, GroundFigures& f) {
     const std::int32_t w = GROUND_WINDOW;
     const double span_s = 2.0 * w / TICKS_PER_SECOND;
     std::vector<double> speed_kt(v.size(), std::numeric_limits<double>::quiet_NaN());
@@ -192,8 +191,8 @@ inline void lf_jumps(const Recording& rec, const std::vector<const Sample*>& v,
         double fastest = JUMP_FLOOR_KT;
         for (std::size_t r = lo; r < reports.size() && reports[r]->tick <= b.tick + 2000; ++r)
             fastest = std::max(fastest, reports[r]->speed_kt);
-        const double jump = lf_metres(lf_local(rec.setup, a.m.lat, a.m.lon),
-                                      lf_local(rec.setup, b.m.lat, b.m.lon));
+        const double jump =
+            lf_metres(lf_local(rec.setup, a.m.lat, a.m.lon), lf_local(rec.setup, b.m.lat, b.m.lon));
         f.jumpRatio = std::max(f.jumpRatio, jump / gf_allowedJump_m(fastest));
     }
 }
@@ -209,7 +208,8 @@ inline void lf_trackDistance(const Recording& rec, const std::vector<const Sampl
         while (lo < v.size() && v[lo]->tick < r->tick - 6000) ++lo;
         double nearest = std::numeric_limits<double>::infinity();
         for (std::size_t i = lo; i < v.size() && v[i]->tick <= r->tick + 6000; ++i)
-            nearest = std::min(nearest, lf_metres(at, lf_local(rec.setup, v[i]->m.lat, v[i]->m.lon)));
+            nearest =
+                std::min(nearest, lf_metres(at, lf_local(rec.setup, v[i]->m.lat, v[i]->m.lon)));
         const Sample* then = gf_sampleAt(v, r->tick);
         if (then == nullptr || !std::isfinite(nearest)) continue;
         const double late = lf_metres(at, lf_local(rec.setup, then->m.lat, then->m.lon));
@@ -254,10 +254,10 @@ inline std::string gf_groundFiguresText(const std::vector<GroundFigures>& all) {
     const auto row = [](const GroundFigures& f, std::string_view name, std::string_view cat) {
         const std::string radius =
             std::isfinite(f.minRadius_m) ? fmt::format("{:.0f}", f.minRadius_m) : "-";
-        const std::string stand = std::isnan(f.standDistance_m)
-                                      ? std::string("-")
-                                      : fmt::format("{:.2f}/{:.1f}", f.standDistance_m,
-                                                    f.standHeading_deg);
+        const std::string stand =
+            std::isnan(f.standDistance_m)
+                ? std::string("-")
+                : fmt::format("{:.2f}/{:.1f}", f.standDistance_m, f.standHeading_deg);
         return fmt::format(
             "{:8} {:10} {:7} {:5.2f}/{:<6.2f} {:6.1f} {:6.1f}/{:<5.3f} {:6.1f} {:5} "
             "{:5.1f}/{:<5.1f} {:5.1f}/{:<5.1f} {:6.2f} {:>11} {:6.1f}/{:<5.1f} {:6.0f}/{:<5.0f}\n",
@@ -269,9 +269,8 @@ inline std::string gf_groundFiguresText(const std::vector<GroundFigures>& all) {
     std::string out = fmt::format(
         "{:8} {:10} {:>7} {:>12} {:>6} {:>12} {:>6} {:>5} {:>11} {:>11} {:>6} {:>11} {:>12} "
         "{:>12}\n",
-        "callsign", "category", "gnd frm", "float/sink m", "pivot", "slide/share", "yaw/s",
-        "min R", "taxi acc/dec", "roll acc/dec", "jump/x", "stand m/deg", "path max/mean",
-        "time max/mean");
+        "callsign", "category", "gnd frm", "float/sink m", "pivot", "slide/share", "yaw/s", "min R",
+        "taxi acc/dec", "roll acc/dec", "jump/x", "stand m/deg", "path max/mean", "time max/mean");
     GroundFigures total;
     double pathSum = 0, timeSum = 0;
     double slideFrames = 0;

@@ -154,8 +154,9 @@ inline TrafficMessage lf_messageOf(const scenario::Report& r, double start_s,
 inline void gf_loadStands(const Setup& setup) {
     namespace fs = std::filesystem;
     std::error_code ec;
-    const fs::path dir = fs::temp_directory_path(ec) /
-                         fmt::format("zept_replay_{}_{}", setup.airport, static_cast<const void*>(&setup));
+    const fs::path dir =
+        fs::temp_directory_path(ec) /
+        fmt::format("zept_replay_{}_{}", setup.airport, static_cast<const void*>(&setup));
     fs::create_directories(dir, ec);
     const fs::path copy = dir / setup.airportFile.filename();
     fs::copy_file(setup.airportFile, copy, fs::copy_options::overwrite_existing, ec);
@@ -207,7 +208,8 @@ inline void gf_prepareEngine(const Setup& setup) {
     if (!setup.withParkAirport) return;
     std::uint32_t icao = 0;
     for (std::size_t i = 0; i < 4; ++i)
-        icao = icao << 8 | static_cast<unsigned char>(i < setup.airport.size() ? setup.airport[i] : ' ');
+        icao = icao << 8 |
+               static_cast<unsigned char>(i < setup.airport.size() ? setup.airport[i] : ' ');
     parkAirport.icao = icao;
     parkAirport.lat = setup.fieldLat;
     parkAirport.lon = setup.fieldLon;

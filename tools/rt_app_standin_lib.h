@@ -201,8 +201,8 @@ inline void lf_sendHistory(Session& s) {
 inline void lf_sendParked(Session& s, const Box& box) {
     const double epoch = s.epochBase_s + lf_sceneNow(s);
     // A scenario played at a named airport gives its stands that prefix.
-    const std::string& airport = s.app.scene.airport.icao.empty() ? s.app.config.airport
-                                                                   : s.app.scene.airport.icao;
+    const std::string& airport =
+        s.app.scene.airport.icao.empty() ? s.app.config.airport : s.app.scene.airport.icao;
     for (const auto& p : s.app.scene.parked)
         if (box.contains(p.lat, p.lon))
             lf_send(s, s.app.config.trafficPort,

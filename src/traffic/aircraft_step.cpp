@@ -50,7 +50,10 @@ double lf_turnTowards(double heading, double target, double rate) {
 // Along the curve of a ground turn; the heading follows its tangent at the
 // turn rate in force.
 void lf_curveStep(LiveAircraft& ac) {
-    ac.curveProgress = std::clamp(ac.curveProgress + ac.curveStep, 0.0, 0.999999);
+    double step = ac.curveStep;
+    if (ac.legEase != 0 && ac.legStepIndex < ac.legSteps.size())
+        step = ac.legSteps[ac.legStepIndex++];
+    ac.curveProgress = std::clamp(ac.curveProgress + step, 0.0, 0.999999);
     LatLon at;
     double tangent = 0;
     if (!lf_curveAt(ac.curve, ac.curveProgress, at, tangent)) {
@@ -64,7 +67,7 @@ void lf_curveStep(LiveAircraft& ac) {
     // at the turn rate in force: a wheeled aircraft does not slide sideways.
     LatLon before;
     double tangentBefore = tangent;
-    const double previous = std::max(0.0, ac.curveProgress - ac.curveStep);
+    const double previous = std::max(0.0, ac.curveProgress - step);
     if (!lf_curveAt(ac.curve, previous, before, tangentBefore)) tangentBefore = tangent;
     const double curveTurn = std::abs(gf_foldAngle(tangent - tangentBefore));
     if (std::abs(gf_foldAngle(tangent - ac.heading)) > TANGENT_TOLERANCE) {

@@ -61,22 +61,21 @@ StreamPoint lf_standPoint(const LiveAircraft& ac, LatLon at, double heading, dou
 
 void drive2Stand(LiveAircraft& ac, const Stand& stand) {
     if (ac.stream.size() != 1) {
-        gf_logLine(fmt::format("{} unexpected stream size: {}, {}", "drive2Stand",
-                               ac.stream.size(), ac.callsign));
+        gf_logLine(fmt::format("{} unexpected stream size: {}, {}", "drive2Stand", ac.stream.size(),
+                               ac.callsign));
         ac.stream.truncate(1);
         if (ac.stream.empty()) return;
     }
     const LatLon standPos{stand.latitude, stand.longitude};
     const RelativePosition r = gf_relativePosition(standPos, stand.heading, lf_pos(ac));
-    const double h_deg =
-        std::abs(gf_foldAngle(gf_normalizeHeading(stand.heading) - gf_normalizeHeading(ac.heading))) *
-        DEG_PER_RAD;
+    const double h_deg = std::abs(gf_foldAngle(gf_normalizeHeading(stand.heading) -
+                                               gf_normalizeHeading(ac.heading))) *
+                         DEG_PER_RAD;
     const double v = std::max(ac.pushbackSpeed * 0.8, 1.0);
     const bool ahead = r.along_m > AHEAD_M;
     const bool linedUp = ahead && r.dist_m <= 12 && h_deg <= lf_lineUpTolerance_deg(r.dist_m);
     if (!linedUp) {
-        const bool detour =
-            !ahead && (r.dist_m > 15 || h_deg >= 45 || std::abs(r.cross_m) > 8);
+        const bool detour = !ahead && (r.dist_m > 15 || h_deg >= 45 || std::abs(r.cross_m) > 8);
         std::int32_t lastTicks = 0;
         if (detour) {
             const LatLon leadIn = gf_projectPosition(standPos, stand.heading + PI, LEAD_IN_FT);

@@ -42,9 +42,8 @@ double lf_speed(const GroundCurve& c, double u) {
 double lf_lengthBetween(const GroundCurve& c, double a, double b) {
     constexpr std::array<double, 5> x = {0, -0.5384693101056831, 0.5384693101056831,
                                          -0.9061798459386640, 0.9061798459386640};
-    constexpr std::array<double, 5> w = {0.5688888888888889, 0.4786286704993665,
-                                         0.4786286704993665, 0.2369268850561891,
-                                         0.2369268850561891};
+    constexpr std::array<double, 5> w = {0.5688888888888889, 0.4786286704993665, 0.4786286704993665,
+                                         0.2369268850561891, 0.2369268850561891};
     double sum = 0;
     for (std::size_t i = 0; i < x.size(); ++i)
         sum += w[i] * lf_speed(c, a + (b - a) / 2 * (x[i] + 1));

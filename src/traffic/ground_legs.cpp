@@ -4,7 +4,6 @@
 // timing with the turn rate that fits it.
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include <fmt/format.h>
 
@@ -18,6 +17,7 @@
 #include "traffic/flight_motion.h"
 #include "traffic/flight_motion_internal.h"
 #include "traffic/ground_motion.h"
+#include "traffic/motion_limits.h"
 #include "traffic/stand_claims.h"
 #include "traffic/stand_leaving.h"
 
@@ -35,6 +35,8 @@ constexpr double OFF_LEG_DEG = 15;
 constexpr double ON_SPOT_DEG = 3;
 // The speed above which a leg's end counts as moving, knots.
 constexpr double MOVING_KT = 2;
+// Speeds further apart than this at the ends of a leg are ramped, knots.
+constexpr double RAMP_FROM_KT = 1;
 
 bool lf_standsLoaded() {
     return parkAirport.known() && !loadedAirport.file.stands.empty();
@@ -92,6 +94,11 @@ std::uint32_t lf_legEaseOf(const LiveAircraft& ac) {
         if (front.speed > MOVING_KT && next.speed == 0) return EASE_OUT;
         return EASE_NONE;
     }
+    // Between two speeds on the roll or in taxi the speed changes evenly
+    // along the leg, not in a step at its start.
+    const bool ramp = front.speed > MOVING_KT && next.speed > MOVING_KT &&
+                      std::abs(front.speed - next.speed) > RAMP_FROM_KT;
+    if (ac.flightState == FlightState::landing_roll) return ramp ? EASE_RAMP : EASE_NONE;
     if (ac.flightState != FlightState::taxi && ac.flightState != FlightState::takeoff_roll)
         return EASE_NONE;
     if (front.speed == 0 && next.speed > MOVING_KT) return EASE_IN;
@@ -99,9 +106,8 @@ std::uint32_t lf_legEaseOf(const LiveAircraft& ac) {
     // A stop after next: the aircraft comes to rest at next, whatever speed
     // the data gave that point (a slow point close to the one before is
     // taken for a stop there).
-    if (front.speed > MOVING_KT && ac.stream.size() >= 3 && ac.stream[2].same != 0)
-        return EASE_OUT;
-    return EASE_NONE;
+    if (front.speed > MOVING_KT && ac.stream.size() >= 3 && ac.stream[2].same != 0) return EASE_OUT;
+    return ramp ? EASE_RAMP : EASE_NONE;
 }
 
 void lf_pushbackOver(LiveAircraft& ac) {
@@ -134,11 +140,6 @@ void lf_parkedLeg(LiveAircraft& ac) {
 }
 
 void lf_movingLeg(LiveAircraft& ac) {
-    if (std::getenv("ZEPT_DEBUG_STREAM") && ac.callsign == std::getenv("ZEPT_DEBUG_STREAM")) {
-        std::string sp;
-        for (const auto& q : ac.stream) sp += fmt::format(" {:.0f}{}{}@{}", q.speed, q.same ? "s" : "", q.inserted ? "i" : "", q.time - gf_simTick());
-        fmt::print(stderr, "LEG {} t={} {} tas={:.1f} stream:{}\n", ac.callsign, gf_simTick(), gf_flightStateName(ac.flightState), ac.tas, sp);
-    }
     const bool stopping = lf_isStopping(ac);
     bool turned = false;
     if (ac.stream[1].same == 0 && ac.onGround != 0) {
@@ -148,18 +149,11 @@ void lf_movingLeg(LiveAircraft& ac) {
             lf_splitLongLeg(ac, stopping);
         }
     }
-    if (std::getenv("ZEPT_DEBUG_TURNS"))
-        fmt::print(stderr, "LEG {} t={} turned={} curve={} fi={} ni={} sz={} a_next={:.1f} hdg={:.1f} L={:.1f} v={:.1f}\n", ac.callsign, gf_simTick(), turned, ac.curve.valid(), ac.stream.front().inserted, ac.stream[1].inserted, ac.stream.size(), ac.stream.size()>=3? std::abs(gf_foldAngle(gf_bearing(lf_pos(ac.stream[1]), lf_pos(ac.stream[2]))-ac.heading))*DEG_PER_RAD:0.0, ac.heading*DEG_PER_RAD, lf_legLength_m(ac.stream.front(), ac.stream[1]), ac.stream.front().speed);
     lf_turnOnSpotIf(ac);
     if (stopping && (ac.stream.empty() || ac.stream.back().speed <= STOPPED_KT)) {
         if (ac.stream.empty()) {
             gf_logLine(fmt::format("{} empty sz?", "try2Park"));
             return;
-        }
-        if (std::getenv("ZEPT_DEBUG_TURNS")) {
-            std::string sp;
-            for (const auto& q : ac.stream) sp += fmt::format(" {:.0f}{}{}@{}", q.speed, q.same ? "s" : "", q.inserted ? "i" : "", q.time - gf_simTick());
-            fmt::print(stderr, "PARK {} t={} ac_tas={:.1f} stream:{}\n", ac.callsign, gf_simTick(), ac.tas, sp);
         }
         try2Park(ac);
         if (ac.stream.size() < 2) return;
@@ -184,6 +178,11 @@ double lf_ease(double t, std::uint32_t mode) {
         default:
             return t;
     }
+}
+
+double lf_rampShare(double t, double v0, double v1) {
+    t = std::clamp(t, 0.0, 1.0);
+    return (v0 * t + (v1 - v0) * t * t / 2) / ((v0 + v1) / 2);
 }
 
 double lf_turnFactor(double v) {
@@ -230,33 +229,37 @@ void lf_timeGroundLeg(LiveAircraft& ac) {
     }
     double legTicks = std::round(d_nm * 360000.0 / s);
     // A leg that starts or ends at rest is flown at twice its mean speed at
-    // the moving end: timed so that this end keeps the speed of the data.
+    // the moving end: it is given the time in which this end keeps the
+    // speed of the data, as far as the data's own time allows, and never so
+    // little that it goes faster than a catching-up aircraft may.
     const double movingEnd = ac.legEase == EASE_IN ? next.speed : front.speed;
-    if ((ac.legEase == EASE_IN || ac.legEase == EASE_OUT) && movingEnd > MOVING_KT)
-        legTicks = std::round(2 * d_nm * 360000.0 / movingEnd);
+    if ((ac.legEase == EASE_IN || ac.legEase == EASE_OUT) && movingEnd > MOVING_KT) {
+        const double even = 2 * d_nm * 360000.0 / movingEnd;
+        const double data = std::max<double>(next.time - front.time, even / CATCH_UP_FACTOR);
+        legTicks = std::round(std::max(legTicks, std::min(even, data)));
+    }
     if (!ac.curve.valid() && ac.turningOnSpot == 0) {
         lf_retime(ac, legTicks);
         return;
     }
     const double a = ac.turningOnSpot != 0 ? ac.inPlaceAngle : ac.turnAngle;
-    const double turnTicks =
-        ac.turnRateNow > 0 ? std::round(a * RAD_PER_DEG / ac.turnRateNow) : 0;
+    const double turnTicks = ac.turnRateNow > 0 ? std::round(a * RAD_PER_DEG / ac.turnRateNow) : 0;
     const double ratio = std::max<double>(SHORTEST_LEG_TICKS, legTicks) /
                          std::max<double>(SHORTEST_LEG_TICKS, turnTicks);
     if (a <= 45) {
         const double d_m = d_nm * METRES_PER_NM;
-        ac.turnRateNow /= ratio >= 1.2 ? std::min({ratio, ratio * 10 / a, ratio * 30 / d_m}) : ratio;
+        ac.turnRateNow /=
+            ratio >= 1.2 ? std::min({ratio, ratio * 10 / a, ratio * 30 / d_m}) : ratio;
     } else {
         ac.turnRateNow *= std::min(ratio, std::min(a, 90.0) / 30);
         const double x = std::clamp((a - 30) / 70, 0.0, 1.0);
         const double rollFactor = ac.flightState == FlightState::takeoff_roll ? 4 : 2;
-        ac.maxAdvance = std::max(ac.maxAdvance, static_cast<std::int32_t>(std::lround(
-                                                    (2 * x + 1) * DELAY_LIMIT_REST)));
-        ac.maxDelay = std::max(ac.maxDelay, static_cast<std::int32_t>(std::lround(
-                                                (rollFactor * x + 1) * DELAY_LIMIT_REST)));
+        ac.maxAdvance = std::max(
+            ac.maxAdvance, static_cast<std::int32_t>(std::lround((2 * x + 1) * DELAY_LIMIT_REST)));
+        ac.maxDelay = std::max(
+            ac.maxDelay,
+            static_cast<std::int32_t>(std::lround((rollFactor * x + 1) * DELAY_LIMIT_REST)));
     }
-    if (std::getenv("ZEPT_DEBUG_TURNS"))
-        fmt::print(stderr, "{} t={} {} a={:.1f} legTicks={:.0f} turnTicks={:.0f} ratio={:.2f} rate={:.2f} d={:.1f} spot={} sz={}\n", ac.callsign, gf_simTick(), gf_flightStateName(ac.flightState), a, legTicks, turnTicks, ratio, ac.turnRateNow*DEG_PER_RAD*100, d_nm*1852, ac.turningOnSpot, ac.stream.size());
     lf_retime(ac, legTicks);
 }
 
@@ -269,8 +272,8 @@ void lf_insertMidpoint(LiveAircraft& ac) {
     mid.lon = front.lon + gf_foldAngle((next.lon - front.lon) * RAD_PER_DEG) * DEG_PER_RAD / 2;
     mid.alt = (front.alt + next.alt) / 2;
     mid.speed = (front.speed + next.speed) / 2;
-    mid.time = static_cast<std::int32_t>(
-        std::lround((static_cast<double>(front.time) + next.time) / 2));
+    mid.time =
+        static_cast<std::int32_t>(std::lround((static_cast<double>(front.time) + next.time) / 2));
     mid.inAir = mid.alt > 0 ? 1 : 0;
     mid.same = 0;
     ac.stream.insert(1, mid);

@@ -41,10 +41,14 @@ void lf_splitLongLeg(LiveAircraft& ac, bool stopping);
 // the stand, and a stop on it.
 void drive2Stand(LiveAircraft& ac, const Stand& stand);
 
-// Leg speed profiles: 0 constant, 1 accelerating, 2 decelerating, 3 both.
-inline constexpr std::uint32_t EASE_NONE = 0, EASE_IN = 1, EASE_OUT = 2, EASE_BOTH = 3;
-// Share of the leg covered at time share t (0 .. 1) with the profile.
+// Leg speed profiles: 0 constant, 1 accelerating from rest, 2 decelerating
+// to rest, 3 both, 4 from the front's speed evenly to the next's.
+inline constexpr std::uint32_t EASE_NONE = 0, EASE_IN = 1, EASE_OUT = 2, EASE_BOTH = 3,
+                               EASE_RAMP = 4;
+// Share of the leg covered at time share t (0 .. 1) with the profile (1 .. 3).
 double lf_ease(double t, std::uint32_t mode);
+// The same for an even change of speed from v0 to v1 (both above 0).
+double lf_rampShare(double t, double v0, double v1);
 // The share of the nominal ground turn rate at a speed in knots.
 double lf_turnFactor(double speed_kt);
 

@@ -3,8 +3,6 @@
 // rolling aircraft, the curve or the speed profile, and on the takeoff roll
 // the test whether the aircraft rotates.
 #include <algorithm>
-#include <cstdlib>
-#include <fmt/format.h>
 
 #include "sim/sim_queues.h"
 #include "traffic/aircraft_base.h"
@@ -42,10 +40,9 @@ std::uint32_t lf_takeoffRollThrottle(const LiveAircraft& ac) {
 
 void lf_rollOut(LiveAircraft& ac) {
     const bool light = ac.category == AircraftCategory::Light;
-    const double turned =
-        std::abs(gf_foldAngle(gf_normalizeHeading(ac.heading) -
-                              gf_normalizeHeading(ac.touchdownHeading))) *
-        DEG_PER_RAD;
+    const double turned = std::abs(gf_foldAngle(gf_normalizeHeading(ac.heading) -
+                                                gf_normalizeHeading(ac.touchdownHeading))) *
+                          DEG_PER_RAD;
     if (turned >= TURNED_OFF_DEG) {
         gf_setFlaps(ac, 0);
         gf_setFlightState(ac, FlightState::taxi);
@@ -53,8 +50,13 @@ void lf_rollOut(LiveAircraft& ac) {
         gf_setThrottle(ac, lf_taxiThrottle(ac));
         gf_setSpoilers(ac, false);
         if (!light) gf_setReverseThrust(ac.objectid, false, ac.fsltlLivery);
-        gf_setLights(ac.objectid, {.nav = true, .beacon = true, .landing = false, .taxi = true,
-                                   .strobes = false, .logo = true, .cabin = true});
+        gf_setLights(ac.objectid, {.nav = true,
+                                   .beacon = true,
+                                   .landing = false,
+                                   .taxi = true,
+                                   .strobes = false,
+                                   .logo = true,
+                                   .cabin = true});
         return;
     }
     const double speed = ac.stream.front().speed;
@@ -138,22 +140,28 @@ void lf_setGroundSteps(LiveAircraft& ac) {
         ac.curveStep = 1.0 / dt;
     } else {
         ac.stepHeading = 0;
-        // A leg planned further ahead than any ease needs goes at one pace.
-        if (ac.legEase != EASE_NONE && dt <= LONGEST_EASED_TICKS) {
+    }
+    // A leg planned further ahead than any profile needs goes at one pace.
+    // The shares per tick move a curve on as they move a straight leg.
+    if (ac.legEase != EASE_NONE && dt <= LONGEST_EASED_TICKS) {
+        if (!ac.curve.valid()) {
             ac.legLat = next.lat - ac.lat;
             ac.legLon = gf_foldAngle((next.lon - ac.lon) * RAD_PER_DEG) * DEG_PER_RAD;
-            ac.legSteps.resize(static_cast<std::size_t>(dt));
-            for (std::int32_t i = 0; i < dt; ++i) {
-                ac.legSteps[static_cast<std::size_t>(i)] =
-                    lf_ease(static_cast<double>(i + 1) / dt, ac.legEase) -
-                    lf_ease(static_cast<double>(i) / dt, ac.legEase);
-            }
-            ac.legStepIndex = 0;
             ac.stepLat = ac.stepLon = 0;
         }
+        const double v0 = ac.stream.front().speed, v1 = next.speed;
+        const auto share = [&](double t) {
+            return ac.legEase == EASE_RAMP ? lf_rampShare(t, v0, v1) : lf_ease(t, ac.legEase);
+        };
+        ac.legSteps.resize(static_cast<std::size_t>(dt));
+        for (std::int32_t i = 0; i < dt; ++i) {
+            ac.legSteps[static_cast<std::size_t>(i)] =
+                share(static_cast<double>(i + 1) / dt) - share(static_cast<double>(i) / dt);
+        }
+        ac.legStepIndex = 0;
+    } else {
+        ac.legEase = EASE_NONE;
     }
-    if (std::getenv("ZEPT_DEBUG_STREAM") && ac.callsign == std::getenv("ZEPT_DEBUG_STREAM"))
-        fmt::print(stderr, "STEPS {} t={} dt={} curve={} ease={} len={:.1f} next={}\n", ac.callsign, gf_simTick(), dt, ac.curve.valid(), ac.legEase, gf_distanceNm(lf_pos(ac), lf_pos(next))*1852, next.time-gf_simTick());
     ac.nextVs = next.vs;
     ac.nextTas = ac.flightState == FlightState::pushing_back ? -next.speed : next.speed;
     if (ac.flightState == FlightState::takeoff_roll && ac.stream.front().speed >= ROTATION_CHECK_KT)

@@ -1,8 +1,8 @@
 // STAND-IN for the stand claims of live aircraft. Nobody claims or yields: no
 // aircraft is created at a stand, nothing is removed, and an aircraft that
-// stops in taxi takes the nearest stand of the loaded airport within its
-// near search radius, whatever the stand's type or who stands there, and
-// parks on it without the stand being marked or learned. (What stood at a
+// landed and stops in taxi takes the nearest stand of the loaded airport
+// within its near search radius, whatever the stand's type or who stands
+// there, and parks on it without the stand being marked or learned. (What stood at a
 // stand is learned in src/airports/stand_learning.cpp.) The real bodies
 // replace this file.
 #include <fmt/format.h>
@@ -28,7 +28,10 @@ void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft&) {}
 void gf_checkForAllGndIfParkedVersionExistsAndRemove() {}
 
 void try2Park(LiveAircraft& ac) {
-    if (!parkAirport.known()) return;
+    // Without the stand at spawn and the pushback, a departure that stops
+    // after its push would take its own stand again: only aircraft that
+    // landed look for one here.
+    if (!parkAirport.known() || ac.prevState != FlightState::landing_roll) return;
     const LatLon at = lf_pos(ac.stream.back());
     const Stand* best = nullptr;
     double bestNm = ac.standSearchNear;
