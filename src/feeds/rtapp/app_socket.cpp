@@ -34,6 +34,11 @@ SharedSocket gf_appClient() {
     return appSocket.clientSocket;
 }
 
+SharedSocket gf_appClientFor(std::uint32_t taken) {
+    std::lock_guard lock(appSocket.socketLock);
+    return appSocket.clientsTaken.load() == taken ? appSocket.clientSocket : nullptr;
+}
+
 void gf_dropAppClient(const SharedSocket& which) {
     std::lock_guard lock(appSocket.socketLock);
     if (which && appSocket.clientSocket != which) return;  // already replaced
@@ -99,9 +104,9 @@ void gf_takeAppClient(SocketFd client) {
         if (appSocket.clientSocket) gf_shutdownSocket(appSocket.clientSocket->fd);
         appSocket.clientSocket = gf_shareSocket(client);
         appSocket.connected = true;
+        ++appSocket.clientsTaken;
     }
     gf_clearBufferRequest();
-    ++appSocket.clientsTaken;
 }
 
 bool waitForClient() {
