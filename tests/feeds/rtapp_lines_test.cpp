@@ -9,6 +9,7 @@
 #include "app/options.h"
 #include "feeds/rtapp/reader_state.h"
 #include "feeds/rtapp/rtapp_lines.h"
+#include "feeds/rtapp/rtapp_link.h"
 #include "liveries/reference_db.h"
 #include "support/temp_workdir.h"
 
@@ -63,14 +64,20 @@ protected:
         state.position.cosLat = std::cos(51.8369 * std::numbers::pi / 180);
         handed.clear();
     }
-    void TearDown() override { gf_clearReferenceData(); }
+    void TearDown() override {
+        gf_resetReaderState(state);
+        state.sink = nullptr;
+        state.position = {};
+        gf_clearReferenceData();
+    }
     void line(const std::string& text) { gf_processRTAppLine(state, text); }
     std::string traffic(std::uint32_t hexid, const char* kind = "RTTFC") {
         return standin::gf_trafficLine(kind, lf_report(hexid), 1732320000.0 + (hexid - 4000000));
     }
 
     test::TempWorkdir dir;
-    TrafficReaderState state;
+    // The program's own reader state, which the requests to the application mark.
+    TrafficReaderState& state = trafficReaderState;
 };
 
 TEST(RtAppFields, EmptyFieldsCountAndNumbersMustBeWhole) {
@@ -315,7 +322,7 @@ TEST_F(RtAppLines, ParkedListsFollowTheLatestRequest) {
     gf_modelIndex("A320");
     validModels.insert("A320");
     line("RTPARK,4CA1F2,51.84,-1.31,EIN12,A320,EI-DEA,EGTK_305,1732320000");
-    ++state.parkedRequests;  // what gf_requestParked does
+    gf_requestParked({51.8, -1.4, 51.9, -1.2});  // no link: only the reader hears of it
     line("RTPARK,4CA1F3,51.84,-1.31,EIN13,A320,EI-DEB,EGTK_306,1732320000");
     line("RTPARK_EOT");
     auto parked = gf_takeParkedList(state);
