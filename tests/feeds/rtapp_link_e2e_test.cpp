@@ -283,10 +283,6 @@ TEST_F(RtAppRoad, WithoutTheTcpLinkTheReadersStillRun) {
     params.PSX_SERVER_HERE.current = true;
 }
 
-}  // namespace
-
-namespace {
-
 // The application as its public format allows: broadcast (on the loopback
 // network, which only an any-address socket hears, as on a LAN), no end
 // markers, 43- and 44-field lines, tagged sources, "null" columns, stands
@@ -419,10 +415,6 @@ TEST_F(RtAppRoad, ANewConnectionReplacesAFrozenOne) {
     EXPECT_GE(woken.stats.versionQuestions.load(), 1);
     frozen.join();
 }
-
-}  // namespace
-
-namespace {
 
 std::vector<std::string> lf_readLines(SocketFd s, std::size_t count) {
     std::vector<std::string> lines;
@@ -557,10 +549,6 @@ TEST_F(RtAppRoad, ARacingDropNeverSendsToTheNextConnection) {
     }
 }
 
-}  // namespace
-
-namespace {
-
 // An application that freezes (stops sending and reading, keeps its
 // connection) and wakes: the status says the feed is silent, and on waking
 // the history is asked for again, as after a restart.
@@ -584,10 +572,6 @@ TEST_F(RtAppRoad, AFrozenApplicationShowsSilentAndRecoversAsAfterARestart) {
     EXPECT_NE(dir.logText().find("The RealTraffic feed is back after"), std::string::npos);
     EXPECT_TRUE(lf_waitFor([] { return !gf_trafficSilent(); }, 2s));
 }
-
-}  // namespace
-
-namespace {
 
 // Two applications on one link: the one in use keeps it while its traffic
 // comes, and the other is turned away instead of the two taking turns.
