@@ -69,31 +69,14 @@ TEST(Parameters, NewFileHoldsEightyKeysInListOrder) {
               std::string::npos);
 }
 
-TEST(Parameters, ValuesAreClampedAndMissingValuesAreZero) {
+TEST(Parameters, ValuesThatDoNotWhollyParseAreRefusedByName) {
     TempWorkdir dir;
     dir.write("parameters.xml", fileOf({{"RANGE", "500"},
                                         {"RANGE_GROUND", "abc"},
                                         {"MAX_LIVE_SEL", nullptr},
-                                        {"AUTO_PARK", nullptr},
+                                        {"LIGHT_AIRCRAFT", nullptr},
                                         {"SIM_CHOICE", "MSFS 2030"},
-                                        {"DESTINATION", "EGTK"}}));
-    EXPECT_EQ(tfx::gf_readParameters(), 0);
-    EXPECT_EQ(params.RANGE.current, 100);
-    EXPECT_EQ(params.RANGE_GROUND.current, 10) << "\"abc\" is refused; the default holds";
-    EXPECT_EQ(params.MAX_LIVE_SEL.current, 0) << "found without value is not the default";
-    EXPECT_FALSE(params.AUTO_PARK.current);
-    EXPECT_EQ(params.SIM_CHOICE.current, "MSFS 2030") << "strings are not checked";
-    EXPECT_EQ(params.DESTINATION.current, "EGTK");
-    EXPECT_EQ(params.HOLDING_THRESHOLD_METERS.current, 250) << "absent keys take the default";
-    const std::string log = dir.logText();
-    EXPECT_NE(log.find("RANGE=100\n"), std::string::npos);
-    EXPECT_NE(log.find("DESTINATION=\"EGTK\"\n"), std::string::npos);
-    EXPECT_NE(log.find("AUTO_PARK=false\n"), std::string::npos);
-}
-
-TEST(Parameters, ValuesThatDoNotWhollyParseAreRefusedByName) {
-    TempWorkdir dir;
-    dir.write("parameters.xml", fileOf({{"MAX_LIVE_SEL", "1e9"},
+                                        {"MAX_FIT", "1e9"},
                                         {"MAX_PARK_SEL", " 75 "},
                                         {"RANGE_1", "0x10"},
                                         {"RANGE_2", "99999999999"},
@@ -102,7 +85,13 @@ TEST(Parameters, ValuesThatDoNotWhollyParseAreRefusedByName) {
                                         {"RANDOM", "FALSE"},
                                         {"PORT_NUMBER", "abc"}}));
     EXPECT_EQ(tfx::gf_readParameters(), 0);
-    EXPECT_EQ(params.MAX_LIVE_SEL.current, 500) << "not read as 1";
+    EXPECT_EQ(params.RANGE.current, 100);
+    EXPECT_EQ(params.RANGE_GROUND.current, 10) << "\"abc\" is refused; the default holds";
+    EXPECT_EQ(params.MAX_LIVE_SEL.current, 0) << "found without value is not the default";
+    EXPECT_FALSE(params.LIGHT_AIRCRAFT.current);
+    EXPECT_EQ(params.SIM_CHOICE.current, "MSFS 2030") << "strings are not checked";
+    EXPECT_EQ(params.HOLDING_THRESHOLD_METERS.current, 250) << "absent keys take the default";
+    EXPECT_EQ(params.MAX_FIT.current, 47) << "not read as 1";
     EXPECT_EQ(params.MAX_PARK_SEL.current, 75);
     EXPECT_EQ(params.RANGE_1.current, 20);
     EXPECT_EQ(params.RANGE_2.current, 100) << "the limit holds";
@@ -112,7 +101,8 @@ TEST(Parameters, ValuesThatDoNotWhollyParseAreRefusedByName) {
     EXPECT_EQ(params.PORT_NUMBER.current, "10747");
     const std::string log = dir.logText();
     for (const char* line :
-         {"==> MAX_LIVE_SEL=\"1e9\" refused (not a whole number): 500 holds\n",
+         {"RANGE=100\n", "LIGHT_AIRCRAFT=false\n",
+          "==> MAX_FIT=\"1e9\" refused (not a whole number): 47 holds\n",
           "==> RANGE_1=\"0x10\" refused (not a whole number): 20 holds\n",
           "==> RANGE_2=\"99999999999\" refused (beyond its limits): 100 holds",
           "==> AUTO_PARK=\"nope\" refused (not true or false): true holds",
