@@ -83,7 +83,9 @@ protected:
         test::sealDbase(dir, test::bundledDbaseXml());
         gf_clearReferenceData();
         ASSERT_TRUE(gf_readDbase());
+        // A whole session run before in this process may have left its end behind.
         gf_clearExitRequest();
+        userClosing = 0;
         gf_publishOptions([](Options& o) {
             o.RANGE = 40;
             o.range_nm = 40;
