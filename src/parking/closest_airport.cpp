@@ -13,6 +13,7 @@
 #include "airports/xml_text.h"
 #include "app/log.h"
 #include "parking/airport_context.h"
+#include "traffic/units.h"
 
 namespace fs = std::filesystem;
 
@@ -20,7 +21,6 @@ namespace tfx {
 
 namespace {
 
-constexpr double RAD_PER_DEG = 0.017453292519943295;
 constexpr double NEAR_NM = 5.0;
 constexpr double NO_STAND_NM2 = 10000.0;
 

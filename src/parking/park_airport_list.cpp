@@ -13,6 +13,7 @@
 #include "app/text_files.h"
 #include "app/text_utils.h"
 #include "platform/file_replace.h"
+#include "traffic/units.h"
 
 namespace fs = std::filesystem;
 
@@ -25,7 +26,6 @@ namespace {
 constexpr const char* MY_THIRDPARTY = "airports/my_thirdparty";
 constexpr std::size_t MANY_PARK_AIRPORTS = 3000;
 constexpr double FIRST_THRESHOLD_NM = 4.0;
-constexpr double RAD_PER_DEG = 0.017453292519943295;
 
 // Where the nearest entry was last looked for, and how far the user may move
 // before it is looked for again.

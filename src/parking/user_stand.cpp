@@ -4,12 +4,12 @@
 #include <mutex>
 
 #include "sim/sim_client.h"
+#include "traffic/units.h"
 
 namespace tfx {
 
 namespace {
 
-constexpr double RAD_PER_DEG = 0.017453292519943295;
 constexpr double SAME_PLACE_NM2 = 9e-6;                  // 0.003 NM
 constexpr double AT_STAND_NM2 = 0.00011662133983924917;  // 20 m
 

@@ -97,7 +97,7 @@ fi
   >"$work/standin.txt" 2>&1 &
 standin_pid=$!
 
-"$wine_run" zept.exe --rt-app --status 2 --duration 240 >"$work/console.txt" 2>&1 &
+"$wine_run" zept.exe --rt-app --demo --status 2 --duration 240 >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
 # A second copy of the program is refused at once by the named mutex.
