@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -56,6 +57,9 @@ struct Setup {
     int tailSeconds = 100;
     std::int32_t startTick = 100000;
     bool withParkAirport = true;
+    // Runs on the prepared engine before the first report (tests place
+    // static aircraft here).
+    std::function<void()> atStart;
 };
 
 // The ground under a position, feet.
@@ -231,7 +235,9 @@ public:
             hexOf_[objectid] = c.hexid;
             // Reported on from its creation, before the first frame moves it.
             placed_[objectid] = MotionBlock{c.lat, c.lon, 0, 0, 0, c.alt, 0, 0};
-            gf_postSimMessage({objectid, c.hexid, 0, SIM_LIVE_OBJECT_ID, 0, 0});
+            gf_postSimMessage(
+                {objectid, c.hexid, 0,
+                 gf_isStaticHexid(c.hexid) ? SIM_STATIC_OBJECT_ID : SIM_LIVE_OBJECT_ID, 0, 0});
             gf_postSimMessage(
                 {objectid, 0, 0, SIM_STATIC_DATA, setup_.cgHeight_ft, setup_.staticPitch});
         }
@@ -296,6 +302,7 @@ inline Recording gf_replay(const scenario::Scenario& s, const Setup& setup = {})
     gf_prepareEngine(setup);
     for (const auto& r : s.reports) lf_registerModel(r);
     gf_publishScenarioLiveries(s);
+    if (setup.atStart) setup.atStart();
     Recording rec;
     rec.setup = setup;
     Receiver receiver(rec.setup, rec);

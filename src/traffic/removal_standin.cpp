@@ -1,6 +1,6 @@
 // STAND-IN for traffic limits and removal. The removal request, the purge and
-// the take-back of queued creates do what the tick needs; missing are the
-// stands' live marks, the bulk removers (category,
+// the take-back of queued creates do what the tick needs, and a parked live
+// aircraft's stand loses its live mark; missing are the bulk removers (category,
 // TCAS coverage, blocked aircraft, destination gate) and the object list file.
 // The real bodies replace this file.
 #include <algorithm>
@@ -8,8 +8,10 @@
 
 #include <fmt/format.h>
 
+#include "airports/airport_file.h"
 #include "app/log.h"
 #include "parking/parking_applier.h"
+#include "parking/parking_state.h"
 #include "sim/flight_plan.h"
 #include "sim/user_data.h"
 #include "traffic/geometry.h"
@@ -21,6 +23,10 @@
 namespace tfx {
 
 void removeAircraftFromSim(StaticAircraft& ac) {
+    if (const LiveAircraft* live = gf_isStaticHexid(ac.hexid) ? nullptr : gf_findLive(ac.hexid);
+        live == &ac && live->flightState == FlightState::parked) {
+        if (Stand* stand = gf_standBySid(ac.sid)) stand->liveHere = false;
+    }
     switch (ac.simState) {
         case SimState::removingfromsim:
             gf_logLine(fmt::format("{} {} duplicate remove blocked", ac.callsign, ac.regcode));

@@ -3,7 +3,9 @@
 // or a stop. The count of such points limits how long that may go on.
 #include <algorithm>
 
+#include "airports/airport_file.h"
 #include "app/options.h"
+#include "parking/parking_state.h"
 #include "traffic/aircraft_base.h"
 #include "traffic/clock.h"
 #include "traffic/flight_motion.h"
@@ -132,7 +134,11 @@ void lf_extendStream(LiveAircraft& ac, std::int32_t count) {
         p.same = 1;
     }
     p.time = newest.time + (parked ? WEEK_TICKS : EXTENSION_TICKS);
-    if (parked) ac.atStandSeen = 0;
+    if (parked) {
+        // Not heard of since it parked: its stand's live mark goes.
+        ac.atStandSeen = 0;
+        if (Stand* stand = gf_standBySid(ac.sid)) stand->liveHere = false;
+    }
     ac.stream.push_back(p);
 }
 
