@@ -41,6 +41,7 @@ TESTDATA = ROOT.parent / "shared" / "testdata" / "real"
 AIRCRAFT_TSV = TESTDATA / "flightgear" / "aircraft.tsv"
 DBASE = ROOT / "data" / "dbase.xml"
 DEMO_TRAFFIC = ROOT / "data" / "rt_scenario_egtk.csv"
+DEMO_AIRPORTS = ["PHNL", "BIKF"]
 P = "<PACKAGES>"
 
 SIZES = {  # liveries per package, sections per file
@@ -342,6 +343,48 @@ class Tree:
                        self.section(0, row, row["model"], "AIG", cfg, "FLTSIM", clean=True))
         self.rng = saved
 
+    def demo_airports(self):
+        """The same for the airlines and models that stand at the demo
+        airports (PHNL, BIKF): the airport files' stays, the parked lists and
+        the ground traffic, so that the demo fills their stands in matched
+        liveries. A livery of the airline's own fleet, the same model or a
+        similar one; its own random stream keeps the rest of the tree as it
+        was."""
+        pairs = set()
+        for icao in DEMO_AIRPORTS:
+            apf = ET.parse(ROOT / "data" / "airports" / "archive" / "stock" / f"{icao}.xml")
+            pairs |= {(o.get("airl"), o.get("type")) for o in apf.getroot().iter("opt")}
+            with open(ROOT / "data" / "parked" / f"{icao}.csv", encoding="utf-8") as f:
+                for line in f:
+                    fields = line.rstrip("\n").split(",")
+                    if fields[0] == "S" and len(fields) > 7:
+                        pairs.add((fields[6][:3], fields[7]))
+            with open(ROOT / "data" / f"rt_scenario_{icao.lower()}.csv", encoding="utf-8") as f:
+                for line in f:
+                    fields = line.rstrip("\n").split(",")
+                    if fields[0] == "T" and len(fields) > 14:
+                        pairs.add((fields[14], fields[10]))
+        near = lambda model: set().union(*(g for g in self.db["similar"] if model in g), {model})
+        chosen = []
+        rng = random.Random(f"{self.seed} demo airports")
+        for airline, model in sorted(p for p in pairs if p[0] in self.db["airlines"]):
+            if any((airline, m) in self.made_pairs for m in near(model)):
+                continue
+            fleet = [r for r in self.rows if r["airline"] == airline]
+            same = [r for r in fleet if r["model"] == model]
+            similar = sorted((r for r in fleet if r["model"] in near(model)), key=lambda r: r["reg"])
+            if same or similar:
+                row = rng.choice(same or similar)
+                chosen.append(row)
+                self.made_pairs.add((airline, row["model"]))
+        saved, self.rng, self.rank = self.rng, rng, 1
+        for row in chosen:
+            cfg = (f"Community/aig-aitraffic-oci/SimObjects/Airplanes/"
+                   f"AIG_{row['model']}_{row['airline']}_apt/aircraft.cfg")
+            self.write(cfg, self.header(row["model"]) +
+                       self.section(0, row, row["model"], "AIG", cfg, "FLTSIM", clean=True))
+        self.rng = saved
+
     def package(self, package, prefix, count, title, extra_rows=()):
         self.manifest(package, title, prefix + " team")
         rows = self.sample(count) + list(extra_rows)
@@ -525,6 +568,7 @@ class Tree:
         self.user_folder()
         self.never_scanned()
         self.demo_fleet()
+        self.demo_airports()
         self.user_cfg(packages_text)
         seeded = {"reports": self.reports, "log": sorted(set(self.log_lines)), "present": self.present,
                   "absent": self.absent, "files": self.files, "liveries": self.liveries}

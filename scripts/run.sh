@@ -14,7 +14,8 @@
 # --sim NAME flies the built-in simulator's scenario data/sim_scenario_NAME.json
 # (phnl: parked at a Honolulu gate; phnl_circuit: a circuit from the gate;
 # phnl_phog: a flight to Kahului; bikf: parked at a Keflavik gate); there the
-# stand-in answers parked requests from the week of data/parked/<ICAO>.csv.
+# stand-in replays that airport's ground traffic (data/rt_scenario_<icao>.csv)
+# and answers parked requests from the week of data/parked/<ICAO>.csv.
 # The data folder (parameters.xml) is $ZEPT_DATA_DIR if set, else
 # $XDG_CONFIG_HOME/ZEPT, else ~/.config/ZEPT.
 set -euo pipefail
@@ -42,15 +43,18 @@ standin_pid=""
 if [[ $standin == 1 ]]; then
   # In a session of its own, so that Ctrl-C reaches ZEPT alone: ZEPT closes
   # as the user asked rather than because the application went away.
+  # At Honolulu and Keflavik the traffic is that airport's ground scenario,
+  # so that its arrivals taxi in beside the parked aircraft.
   parked=()
-  [[ "$sim" == phnl* ]] && parked=(--parked data/parked/PHNL.csv)
-  [[ "$sim" == bikf* ]] && parked=(--parked data/parked/BIKF.csv)
-  setsid build/default/rt_app_standin --scenario data/rt_scenario_egtk.csv "${parked[@]}" \
+  traffic=data/rt_scenario_egtk.csv
+  [[ "$sim" == phnl* ]] && parked=(--parked data/parked/PHNL.csv) traffic=data/rt_scenario_phnl.csv
+  [[ "$sim" == bikf* ]] && parked=(--parked data/parked/BIKF.csv) traffic=data/rt_scenario_bikf.csv
+  setsid build/default/rt_app_standin --scenario "$traffic" "${parked[@]}" \
     >run/standin.txt 2>&1 &
   standin_pid=$!
   trap '[[ -n "$standin_pid" ]] && kill "$standin_pid" 2>/dev/null; wait 2>/dev/null || true' EXIT
   words=(--rt-app --record motion.csv "$@")
-  echo "run: the stand-in RealTraffic application replays data/rt_scenario_egtk.csv (run/standin.txt)"
+  echo "run: the stand-in RealTraffic application replays $traffic (run/standin.txt)"
 fi
 cd run
 # The demo simulator installation in run/simulator (scripts/program_folder.sh).

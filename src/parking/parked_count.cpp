@@ -53,15 +53,23 @@ void lf_removeRemovals() {
             if (it == staticAircraft.end())
                 it = std::find_if(staticAircraft.begin(), staticAircraft.end(),
                                   [&](const StaticAircraft& ac) { return ac.sid == r.sid; });
-            if (it == staticAircraft.end() || it->simState != SimState::active) continue;
+            if (it == staticAircraft.end()) continue;
+            const bool active = it->simState == SimState::active;
+            // One still waiting for the simulator's answer goes too, or it
+            // would appear after the plan and stand beyond the target.
+            if (!active && it->simState != SimState::adding2sim) continue;
             gf_logLine(fmt::format("{:14}: {:8} static parked removed, no longer within your specs",
                                    gf_standName(r.sid), it->callsign));
-            removeAircraftFromSim(*it);
+            if (active)
+                removeAircraftFromSim(*it);
+            else
+                lf_withdrawQueued(*it);
         } catch (...) {
             lf_trafficException("lf_removeRemovals");
         }
     }
     parking.removals.clear();
+    lf_purgeDroppedStatics();
 }
 
 void lf_removeNOldestLiveParked(std::int64_t n) {

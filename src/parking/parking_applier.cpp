@@ -73,7 +73,10 @@ std::string lf_standOccupied(const Stand& stand, const StaticPlan& entry) {
             name, entry.cs1, ac.callsign, gf_standName(ac.sid));
     }
     for (const StaticAircraft& ac : staticAircraft) {
-        if (ac.sid == 0 || ac.simState == SimState::removingfromsim) continue;
+        // One on its way out (removed, or to be removed when its create is
+        // answered) leaves the stand to the entry.
+        if (ac.sid == 0 || ac.simState == SimState::removingfromsim || ac.removeOnArrival != 0)
+            continue;
         if (!gf_standsAdjacent(entry.sid, ac.sid)) continue;
         if (ac.sid == entry.sid)
             return fmt::format("{:14}: no static parking for {}, static aircraft {} standing here",

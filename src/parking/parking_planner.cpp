@@ -92,17 +92,31 @@ void lf_showTarget() {
 void lf_mergeChanges() {
     for (auto r = parking.removals.begin(); r != parking.removals.end();) {
         const std::string shown = gf_plainCallsign(r->callsign);
+        const auto there = std::find_if(staticAircraft.begin(), staticAircraft.end(),
+                                        [&](const StaticAircraft& ac) {
+                                            return ac.sid == r->sid && ac.callsign == r->callsign &&
+                                                   ac.simState != SimState::removingfromsim;
+                                        });
+        // Another airframe under the same flight number is another aircraft
+        // (its registration and livery would be wrong), unless the entry
+        // doesn't say which airframe it wants.
         const auto p =
             std::find_if(parking.plan.begin(), parking.plan.end(), [&](const StaticPlan& e) {
-                return e.sid == r->sid && gf_plainCallsign(lf_determineStaticCallsign(e)) == shown;
+                return e.sid == r->sid &&
+                       gf_plainCallsign(lf_determineStaticCallsign(e)) == shown &&
+                       (there == staticAircraft.end() || e.reg.empty() || e.reg == there->regcode);
             });
         if (p == parking.plan.end()) {
             ++r;
             continue;
         }
-        // The aircraft stays as it is; it counts as staying in later checks.
-        for (StaticAircraft& ac : staticAircraft)
-            if (ac.sid == r->sid && ac.callsign == r->callsign) ac.stays = 1;
+        // The aircraft stays as it is, now as the entry's: it counts as
+        // staying in later checks, and a parked record finds it again.
+        if (there != staticAircraft.end()) {
+            there->stays = 1;
+            there->fromAirportFile = p->fromAirportFile;
+            there->rtHexid = p->rtHexid;
+        }
         parking.plan.erase(p);
         r = parking.removals.erase(r);
     }

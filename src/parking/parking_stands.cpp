@@ -57,7 +57,7 @@ bool gf_standsAdjacent(std::int32_t a, std::int32_t b) {
 bool lf_overlapTaken(std::int32_t sid) {
     if (sid < 1) return false;
     for (const StaticAircraft& ac : staticAircraft)
-        if (ac.simState != SimState::removingfromsim && ac.sid != sid &&
+        if (ac.simState != SimState::removingfromsim && ac.removeOnArrival == 0 && ac.sid != sid &&
             gf_standsAdjacent(sid, ac.sid))
             return true;
     for (const Stayer& s : parking.stayers)

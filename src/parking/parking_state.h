@@ -124,8 +124,9 @@ void lf_takeSeenSets();
 // The passes over the half hours, in their order of reliability.
 void lf_searchAll(std::uint64_t slot, std::int32_t needed);
 void lf_searchStands(std::uint64_t slot, bool today, bool real, std::int32_t needed);
-// Parked records of this age into the plan; false when the target is reached.
-void lf_searchRealParked(std::int32_t age, SearchCounts& counts, std::int32_t needed);
+// The prepared parked records into the plan, youngest first, until the
+// target is reached.
+void lf_searchRealParked(SearchCounts& counts, std::int32_t needed);
 void lf_searchStayers(std::uint64_t slot, int offset, bool weekMode, SearchCounts& counts,
                       std::int32_t needed);
 

@@ -136,14 +136,10 @@ void lf_searchStands(std::uint64_t slot, bool today, bool real, std::int32_t nee
     for (int offset = 0; offset <= maxOffset && !lf_reached(needed); ++offset) {
         pass.offset = offset;
         counts.lastOffset = offset;
-        if (today && real) {
-            if (offset == 0) {
-                for (std::int32_t age = 0; age <= 3 && !lf_reached(needed); ++age)
-                    lf_searchRealParked(age, counts, needed);
-            } else if (offset > 3) {
-                lf_searchRealParked(offset, counts, needed);
-            }
-        }
+        // A parked record says the aircraft stands there now, however long
+        // ago it came: the whole list goes ahead of the file's half hours,
+        // youngest first.
+        if (today && real && offset == 0) lf_searchRealParked(counts, needed);
         if (lf_reached(needed)) break;
         if (!staticAircraft.empty()) lf_searchStayers(slot, offset, !today, counts, needed);
         if (lf_reached(needed)) break;

@@ -133,11 +133,9 @@ void lf_prepareParkedList() {
     parking.rtParked.swap(kept);
 }
 
-void lf_searchRealParked(std::int32_t age, SearchCounts& counts, std::int32_t needed) {
-    for (RtParked& p : parking.rtParked) {
-        if (p.age != age) continue;
+void lf_searchRealParked(SearchCounts& counts, std::int32_t needed) {
+    for (RtParked& p : parking.rtParked)
         if (lf_placeRecord(p, counts, needed)) return;
-    }
 }
 
 void lf_planRealParked(std::int32_t needed) {

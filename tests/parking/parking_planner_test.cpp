@@ -57,7 +57,9 @@ TEST_F(ParkingPlanner, FillsInOrderOfReliabilityAndKeepsOverlapsTheUserAndMoving
     record.callsign = "ASA12";
     record.regcode = "N12AS";
     record.hexid = 0xABC123;
-    record.hh = 20;
+    // It came three hours ago: it still goes ahead of the file's aircraft of
+    // this half hour on its stand (SWA4).
+    record.hh = 14;
     record.stand = "G6";
     record.lat = LAT + 0.004;
     record.lon = LON;
