@@ -11,6 +11,7 @@
 #include "app/run_words.h"
 #include "app/session_internal.h"
 #include "app/status_line.h"
+#include "app/tick_figures.h"
 #include "app/tick_grid.h"
 #include "feeds/rt_api/query_box.h"
 #include "feeds/rtapp/rt_app_position.h"
@@ -66,9 +67,10 @@ bool lf_tick() {
     gf_applyParkedNavLights();
     const auto start = std::chrono::steady_clock::now();
     gf_trafficTick();
-    gf_noteTickTime(
-        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-            .count());
+    const double tick_us =
+        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+    gf_noteTickTime(tick_us);
+    gf_noteTickSample(tick_us);
     if (secondBeat.exchange(0) == 0) return true;
     lf_everySecond();
     if (!gf_keepRunning()) return false;
@@ -84,8 +86,18 @@ void lf_mainLoop() {
     secondsCounter = 0;
     trafficOpen = 1;
     SteadyLoopClock clock;
+    if (!runWords.tickFigures.empty()) {
+        // A run without a duration keeps its first hour.
+        constexpr std::size_t TICKS_PER_S = 100;
+        const std::size_t seconds = runWords.duration_s > 0 ? runWords.duration_s + 60 : 3600;
+        gf_startTickFigures(seconds * TICKS_PER_S);
+    }
     gf_runTickGrid(
-        clock, [] { return lf_tick(); }, [] { return secondBeat.load() != 0; }, [](auto, auto) {});
+        clock, [] { return lf_tick(); }, [] { return secondBeat.load() != 0; },
+        [](auto due, auto now) {
+            gf_noteTickStart(std::chrono::duration<double, std::micro>(now - due).count());
+        });
+    if (!runWords.tickFigures.empty()) gf_writeTickFigures(runWords.tickFigures);
 }
 
 }  // namespace tfx
