@@ -119,7 +119,7 @@ inline Scenario gf_parseScenario(std::string_view text, int* bad = nullptr) {
             r.callsign = f[9], r.model = f[10], r.regcode = f[11], r.from = f[12], r.to = f[13];
             r.airline = f[14], r.category = f[15];
             if (ok) s.reports.push_back(std::move(r));
-        } else if (f[0] == "O" && f.size() == 18) {
+        } else if (f[0] == "O" && f.size() == 17) {
             Orbit o;
             int clockwise = 0;
             ok = lf_num(f[1], o.hexid) && lf_num(f[2], o.lat) && lf_num(f[3], o.lon) &&
