@@ -29,6 +29,13 @@ fi
 rm -rf load
 scripts/program_folder.sh build/default load
 mkdir -p load/data
+# The user at the Honolulu gate, in a simulator that holds every aircraft.
+python3 - <<'PY'
+import json
+s = json.load(open("load/sim_scenario_phnl.json"))
+s["max_ai_objects"] = 2500
+json.dump(s, open("load/sim_scenario_load.json", "w"), indent=2)
+PY
 # The feed's range at its widest, so that the whole region is within it.
 cat >load/data/parameters.xml <<'XML'
 <?xml version="1.0"?>
@@ -57,7 +64,7 @@ build/default/rt_app_standin --mode public --cycle-ms 100 --scenario "$scenario"
 standin_pid=$!
 cd load
 XDG_DATA_HOME="$PWD/simulator/localappdata" ZEPT_DATA_DIR="$PWD/data" \
-  ZEPT_SIM_SCENARIO=sim_scenario_phnl.json \
+  ZEPT_SIM_SCENARIO=sim_scenario_load.json \
   ./zept --rt-app --status 10 --duration "$seconds" --tick-figures ticks.csv >console.txt 2>&1 &
 zept_pid=$!
 cd "$src"
