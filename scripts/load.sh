@@ -57,7 +57,8 @@ cleanup() {
 }
 trap cleanup EXIT
 
-snmp_udp() { awk '/^Udp: [0-9]/ {print $2","$4","$6; exit}' /proc/net/snmp; }  # in, errors, rcvbuf
+# The system's UDP counters: in, no port, errors, receive buffer full.
+snmp_udp() { awk '/^Udp: [0-9]/ {print $2","$3","$4","$6; exit}' /proc/net/snmp; }
 echo "udp_before,$(snmp_udp)" >load/udp.txt
 build/default/rt_app_standin --mode public --once --cycle-ms 100 --scenario "$scenario" \
   --parked data/parked/PHNL.csv >load/standin.txt 2>&1 &
@@ -72,14 +73,14 @@ echo "load: $seconds s, ZEPT pid $zept_pid, stand-in pid $standin_pid; samples e
 
 # Every 5 s: ZEPT's and the stand-in's CPU ticks and memory, the machine's.
 tck=$(getconf CLK_TCK)
-echo "elapsed_s,zept_cpu_ticks,zept_rss_kb,standin_cpu_ticks,machine_busy_ticks,machine_all_ticks,loadavg" \
+echo "elapsed_s,zept_cpu_ticks,zept_rss_kb,standin_cpu_ticks,machine_busy_ticks,machine_all_ticks,loadavg,udp_rcvbuf_errors" \
   >load/samples.csv
 cpu_ticks() { awk '{print $14 + $15}' "/proc/$1/stat" 2>/dev/null || echo 0; }
 start=$SECONDS
 while kill -0 "$zept_pid" 2>/dev/null; do
   rss=$(awk '/^VmRSS:/ {print $2}' "/proc/$zept_pid/status" 2>/dev/null || echo 0)
   machine=$(awk '/^cpu / {print $2+$3+$4+$7+$8+$9 "," $2+$3+$4+$5+$6+$7+$8+$9; exit}' /proc/stat)
-  echo "$((SECONDS - start)),$(cpu_ticks "$zept_pid"),$rss,$(cpu_ticks "$standin_pid"),$machine,$(cut -d' ' -f1 /proc/loadavg)" \
+  echo "$((SECONDS - start)),$(cpu_ticks "$zept_pid"),$rss,$(cpu_ticks "$standin_pid"),$machine,$(cut -d' ' -f1 /proc/loadavg),$(snmp_udp | cut -d, -f4)" \
     >>load/samples.csv
   sleep 5
 done

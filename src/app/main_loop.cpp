@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/exit_request.h"
 #include "app/log.h"
 #include "app/run_flags.h"
@@ -65,6 +66,7 @@ bool lf_tick() {
         return gf_keepRunning();
     }
     gf_applyParkedNavLights();
+    gf_noteTickBegin();
     const auto start = std::chrono::steady_clock::now();
     gf_trafficTick();
     const double tick_us =
@@ -83,6 +85,15 @@ bool lf_tick() {
 void lf_mainLoop() {
     // The 10 ms grid needs a 1 ms system timer on Windows.
     MillisecondTimerScope fineTimer;
+    // The loop's log and console lines are written by the log's writer;
+    // what it left goes out before the closing down writes its own.
+    struct DeferredOutput {
+        DeferredOutput() { gf_deferOutput(true); }
+        ~DeferredOutput() {
+            gf_deferOutput(false);
+            gf_flushLog();
+        }
+    } const deferred;
     secondsCounter = 0;
     trafficOpen = 1;
     SteadyLoopClock clock;

@@ -9,6 +9,7 @@
 #include "app/log.h"
 #include "feeds/rtapp/rtapp_readers.h"
 #include "platform/file_open.h"
+#include "platform/thread_times.h"
 #include "traffic/traffic_counters.h"
 
 namespace tfx {
@@ -18,6 +19,7 @@ std::vector<TickSample> samples;  // the main thread's alone
 std::size_t capacity = 0;
 std::uint64_t notKept = 0;
 double pendingLate_us = 0;
+ThreadTimes atBegin;
 std::chrono::steady_clock::time_point started;
 
 }  // namespace
@@ -39,18 +41,26 @@ void gf_noteTickStart(double late_us) {
     pendingLate_us = late_us;
 }
 
+void gf_noteTickBegin() {
+    if (capacity > 0) atBegin = pf_threadTimes();
+}
+
 void gf_noteTickSample(double tick_us) {
     if (capacity == 0) return;
+    const ThreadTimes atEnd = pf_threadTimes();
     if (samples.size() >= capacity) {
         ++notKept;
         return;
     }
     const auto since = std::chrono::steady_clock::now() - started;
     const std::uint64_t inSim = trafficCounters.created.load() - trafficCounters.removed.load();
-    samples.push_back({static_cast<float>(tick_us), static_cast<float>(pendingLate_us),
-                       static_cast<std::uint32_t>(
-                           std::chrono::duration_cast<std::chrono::milliseconds>(since).count()),
-                       static_cast<std::uint32_t>(inSim)});
+    samples.push_back(
+        {static_cast<float>(tick_us), static_cast<float>(atEnd.cpu_us - atBegin.cpu_us),
+         static_cast<std::int32_t>(atEnd.waits < 0 ? -1 : atEnd.waits - atBegin.waits),
+         static_cast<float>(pendingLate_us),
+         static_cast<std::uint32_t>(
+             std::chrono::duration_cast<std::chrono::milliseconds>(since).count()),
+         static_cast<std::uint32_t>(inSim)});
 }
 
 bool gf_writeTickFigures(const std::filesystem::path& file) {
@@ -62,9 +72,10 @@ bool gf_writeTickFigures(const std::filesystem::path& file) {
         gf_logError(fmt::format("Tick figures: cannot write {}", working.string()));
         return false;
     }
-    std::string text = "t_ms,tick_us,late_us,in_sim\n";
+    std::string text = "t_ms,tick_us,late_us,in_sim,cpu_us,waits\n";
     for (const TickSample& s : samples) {
-        text += fmt::format("{},{:.1f},{:.1f},{}\n", s.t_ms, s.tick_us, s.late_us, s.inSim);
+        text += fmt::format("{},{:.1f},{:.1f},{},{:.0f},{}\n", s.t_ms, s.tick_us, s.late_us,
+                            s.inSim, s.cpu_us, s.waits);
         if (text.size() > (1u << 16)) {
             std::fwrite(text.data(), 1, text.size(), out);
             text.clear();

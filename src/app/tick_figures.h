@@ -11,7 +11,9 @@
 namespace tfx {
 
 struct TickSample {
-    float tick_us = 0;        // gf_trafficTick's own time
+    float tick_us = 0;        // gf_trafficTick's time from start to end
+    float cpu_us = 0;         // of it, the processor time of the tick's thread
+    std::int32_t waits = 0;   // times the tick gave the processor up itself (-1: not counted)
     float late_us = 0;        // the tick's start behind its place on the grid
     std::uint32_t t_ms = 0;   // since the table was started
     std::uint32_t inSim = 0;  // live objects the simulator confirmed and still holds
@@ -20,7 +22,9 @@ struct TickSample {
 // Room for this many ticks; later ticks are counted, not kept.
 void gf_startTickFigures(std::size_t ticks);
 bool gf_tickFiguresOn();
+// Around gf_trafficTick; each costs a system call while the table is on.
 void gf_noteTickStart(double late_us);
+void gf_noteTickBegin();
 void gf_noteTickSample(double tick_us);
 // Writes the table as CSV beside the file and renames it in, with the feed's
 // and the engine's counters at the end; false (and a log line) on failure.
