@@ -127,9 +127,9 @@ int main(int argc, char** argv) {
         return 1;
     }
     app.scene = std::move(*scene);
-    fmt::print("{}: {} reports, {} parked, {:.0f} s{}\n", path, app.scene.reports.size(),
-               app.scene.parked.size(), app.scene.length_s(),
-               bad ? fmt::format(", {} bad lines skipped", bad) : "");
+    fmt::print("{}: {} reports, {} circling, {} parked, {:.0f} s{}\n", path,
+               app.scene.reports.size(), app.scene.orbits.size(), app.scene.parked.size(),
+               app.scene.length_s(), bad ? fmt::format(", {} bad lines skipped", bad) : "");
     if (!parkedPath.empty()) {
         auto week = tfx::parked::gf_readParkedWeek(parkedPath, &bad);
         if (!week || week->stays.empty() || week->airport.empty()) {
@@ -148,9 +148,10 @@ int main(int argc, char** argv) {
     tfx::standin::gf_runStandin(app);
     fmt::print(
         "connections {}, positions {}, buffer requests {}, parked requests {}, live cycles {}, "
-        "exits {}\n",
+        "exits {}, traffic datagrams {}\n",
         app.stats.connections.load(), app.stats.positions.load(), app.stats.bufferRequests.load(),
-        app.stats.parkedRequests.load(), app.stats.liveCycles.load(), app.stats.exits.load());
+        app.stats.parkedRequests.load(), app.stats.liveCycles.load(), app.stats.exits.load(),
+        app.stats.trafficDatagrams.load());
     if (!positionsPath.empty()) {
         std::ofstream out(positionsPath + ".tmp");
         out << "lat,lon\n";

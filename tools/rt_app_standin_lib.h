@@ -5,6 +5,7 @@
 // name and by the end-to-end tests, which run it on a thread.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -84,6 +85,7 @@ struct Stats {
     std::atomic<int> liveCycles{0};
     std::atomic<int> exits{0};
     std::atomic<int> datagrams{0};
+    std::atomic<int> trafficDatagrams{0};  // of them, to the traffic port
     std::atomic<int> freezes{0};
 };
 
@@ -145,6 +147,7 @@ inline void lf_sendNow(Session& s, std::uint16_t port, const std::string& line) 
     const Config& c = s.app.config;
     gf_sendDatagram(s.udp, line, c.udpAddress.empty() ? c.address : c.udpAddress, port);
     ++s.app.stats.datagrams;
+    if (port == c.trafficPort) ++s.app.stats.trafficDatagrams;
     if (c.verbose) fmt::print("udp {} {}\n", port, line);
 }
 
@@ -158,21 +161,33 @@ inline void lf_sendMarker(Session& s, const std::string& marker) {
     if (s.app.config.markers) lf_send(s, s.app.config.trafficPort, marker);
 }
 
-// Every report with a (looped) offset in (from, to], in order, with its round.
+// Every report with a (looped) offset in (from, to], in order, with its
+// round; then the circling aircraft's reports of that time, in time order.
 template <typename Fn>
 void lf_reportsIn(const Session& s, double from, double to, Fn fn) {
+    if (to <= from) return;
     const auto& reports = s.app.scene.reports;
-    if (reports.empty() || to <= from) return;
-    const double length = s.app.scene.length_s() + 1;
-    const bool loop = s.app.config.loop;
-    const long first = loop ? static_cast<long>(std::floor(from / length)) : 0;
-    const long last = loop ? static_cast<long>(std::floor(to / length)) : 0;
-    for (long n = std::max(first, 0L); n <= last; ++n) {
-        for (const auto& r : reports) {
-            const double at = r.offset_s + n * length;
-            if (at > from && at <= to) fn(r, at, n);
+    if (!reports.empty()) {
+        const double length = s.app.scene.length_s() + 1;
+        const bool loop = s.app.config.loop;
+        const long first = loop ? static_cast<long>(std::floor(from / length)) : 0;
+        const long last = loop ? static_cast<long>(std::floor(to / length)) : 0;
+        const auto byOffset = [](const scenario::Report& r, double t) { return r.offset_s < t; };
+        for (long n = std::max(first, 0L); n <= last; ++n) {
+            // The reports are sorted by offset: only the window's are visited.
+            const double shift = static_cast<double>(n) * length;
+            auto it = std::lower_bound(reports.begin(), reports.end(), from - shift, byOffset);
+            for (; it != reports.end() && it->offset_s + shift <= to; ++it)
+                if (it->offset_s + shift > from) fn(*it, it->offset_s + shift, n);
         }
     }
+    if (s.app.scene.orbits.empty()) return;
+    std::vector<std::pair<double, const scenario::Orbit*>> due;
+    for (const auto& o : s.app.scene.orbits)
+        scenario::gf_orbitReportTimes(o, from, to, [&](double at) { due.emplace_back(at, &o); });
+    std::sort(due.begin(), due.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& [at, o] : due) fn(scenario::gf_orbitReport(*o, at), at, 0L);
 }
 
 inline std::optional<Box> lf_boxOf(std::string_view numbers) {

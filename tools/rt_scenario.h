@@ -7,12 +7,18 @@
 //   T,<offset s>,<hexid>,<lat>,<lon>,<alt ft>,<vs fpm>,<track deg>,<gs kt>,
 //     <callsign>,<model>,<regcode>,<from>,<to>,<airline>,<category>,<tas kt>
 //   P,<hexid>,<lat>,<lon>,<callsign>,<model>,<regcode>,<stand>
+//   O,<hexid>,<centre lat>,<centre lon>,<radius nm>,<angle deg at 0>,<1 clockwise|0>,
+//     <alt ft>,<gs kt>,<report every s>,<callsign>,<model>,<regcode>,<from>,<to>,
+//     <airline>,<category>
 //
-// The T lines are sorted by offset. Texts carry no commas.
+// The T lines are sorted by offset. Texts carry no commas. An O line is an
+// aircraft that circles for as long as the scenario plays: the load
+// scenarios hold thousands of them without a line per report.
 #pragma once
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -40,6 +46,16 @@ struct Parked {
     double seen_epoch_s = 0;  // when the service last saw it; 0: the moment of the list
 };
 
+// An aircraft on a circle: reports every period_s, a little early or late
+// each time, never ending (the circle stays within the region it was drawn in).
+struct Orbit {
+    std::uint32_t hexid = 0;
+    double lat = 0, lon = 0, radius_nm = 1, angle0_deg = 0;  // the centre; where it is at 0
+    bool clockwise = true;
+    double alt_ft = 0, gs_kt = 0, period_s = 2;
+    std::string callsign, model, regcode, from, to, airline, category;
+};
+
 // The airport a scenario is played at; icao empty when the file names none.
 struct ScenarioAirport {
     std::string icao;
@@ -51,6 +67,7 @@ struct Scenario {
     ScenarioAirport airport;
     std::vector<Report> reports;  // by offset
     std::vector<Parked> parked;
+    std::vector<Orbit> orbits;
     double length_s() const { return reports.empty() ? 0 : reports.back().offset_s; }
 };
 
@@ -102,6 +119,17 @@ inline Scenario gf_parseScenario(std::string_view text, int* bad = nullptr) {
             r.callsign = f[9], r.model = f[10], r.regcode = f[11], r.from = f[12], r.to = f[13];
             r.airline = f[14], r.category = f[15];
             if (ok) s.reports.push_back(std::move(r));
+        } else if (f[0] == "O" && f.size() == 17) {
+            Orbit o;
+            int clockwise = 0;
+            ok = lf_num(f[1], o.hexid) && lf_num(f[2], o.lat) && lf_num(f[3], o.lon) &&
+                 lf_num(f[4], o.radius_nm) && lf_num(f[5], o.angle0_deg) &&
+                 lf_num(f[6], clockwise) && lf_num(f[7], o.alt_ft) && lf_num(f[8], o.gs_kt) &&
+                 lf_num(f[9], o.period_s) && o.radius_nm > 0 && o.period_s >= 0.5;
+            o.clockwise = clockwise != 0;
+            o.callsign = f[10], o.model = f[11], o.regcode = f[12], o.from = f[13], o.to = f[14];
+            o.airline = f[15], o.category = f[16];
+            if (ok) s.orbits.push_back(std::move(o));
         } else if (f[0] == "P" && f.size() == 8) {
             Parked p;
             ok = lf_num(f[1], p.hexid) && lf_num(f[2], p.lat) && lf_num(f[3], p.lon);
@@ -114,6 +142,47 @@ inline Scenario gf_parseScenario(std::string_view text, int* bad = nullptr) {
                      [](const Report& a, const Report& b) { return a.offset_s < b.offset_s; });
     if (bad) *bad = skipped;
     return s;
+}
+
+// Where an orbiting aircraft is at scenario time t, as a report.
+inline Report gf_orbitReport(const Orbit& o, double t) {
+    constexpr double DEG = 0.017453292519943295;
+    const double turned_deg = o.gs_kt * t / 3600.0 / o.radius_nm / DEG;
+    const double angle_deg = o.angle0_deg + (o.clockwise ? turned_deg : -turned_deg);
+    Report r;
+    r.offset_s = t;
+    r.hexid = o.hexid;
+    // The angle is a bearing from the centre: 0 north, 90 east.
+    r.lat = o.lat + o.radius_nm * std::cos(angle_deg * DEG) / 60.0;
+    r.lon = o.lon + o.radius_nm * std::sin(angle_deg * DEG) / (60.0 * std::cos(o.lat * DEG));
+    r.alt_ft = o.alt_ft;
+    r.vs_fpm = 0;
+    r.track_deg =
+        std::fmod(std::fmod(angle_deg + (o.clockwise ? 90.0 : -90.0), 360.0) + 360.0, 360.0);
+    r.gs_kt = o.gs_kt;
+    r.tas_kt = o.gs_kt;
+    r.callsign = o.callsign, r.model = o.model, r.regcode = o.regcode, r.from = o.from, r.to = o.to,
+    r.airline = o.airline, r.category = o.category;
+    return r;
+}
+
+// The times in (from, to] at which an orbiting aircraft reports: one a
+// period, each up to a fifth of it early or late, the same on every call.
+template <typename Fn>
+void gf_orbitReportTimes(const Orbit& o, double from, double to, Fn fn) {
+    if (to <= from) return;
+    // A fixed phase per aircraft, so that the reports spread over the period.
+    const double phase = static_cast<double>(o.hexid % 997) / 997.0 * o.period_s;
+    const auto jitter = [&](long k) {
+        const std::uint32_t h = (o.hexid * 2654435761u) ^ (static_cast<std::uint32_t>(k) * 40503u);
+        return (static_cast<double>(h % 1001) / 1000.0 - 0.5) * 0.4 * o.period_s;
+    };
+    const long first = static_cast<long>(std::floor((from - phase) / o.period_s)) - 1;
+    const long last = static_cast<long>(std::floor((to - phase) / o.period_s)) + 1;
+    for (long k = std::max(first, 0L); k <= last; ++k) {
+        const double at = phase + static_cast<double>(k) * o.period_s + jitter(k);
+        if (at > from && at <= to) fn(at);
+    }
 }
 
 inline std::optional<Scenario> gf_readScenario(const std::string& path, int* bad = nullptr) {

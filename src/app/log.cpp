@@ -1,15 +1,20 @@
 #include "app/log.h"
 
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/file_utils.h"
 #include "app/version.h"
 #include "platform/file_open.h"
@@ -20,7 +25,11 @@ namespace {
 constexpr std::size_t FLUSH_BYTES = 4096;
 constexpr const char* LOG_NAME = "Log.txt";
 
+// Two locks, so that a line never waits on the disk: logMutex is held only
+// to append a line or to swap the gathered lines out; fileMutex is held by
+// whoever writes them out, and is taken before logMutex when both are.
 std::mutex logMutex;
+std::mutex fileMutex;
 std::FILE* logFile = nullptr;
 std::size_t bytesSinceFlush = 0;
 // The size guard: bytes written since the open, lines dropped past a bound.
@@ -32,6 +41,19 @@ std::uint64_t linesDropped = 0;
 // Lines since the last flush. Buffered here rather than by the C library,
 // whose buffer size and write-through rules differ between systems.
 std::string pending;
+// Console lines of threads that defer their output, with their stream.
+std::vector<std::pair<std::string, bool>> pendingConsole;
+std::string writing;  // under fileMutex: what goes out now
+
+// The writer: a thread that writes what deferring threads leave (the main
+// loop's, whose tick must not wait on a disk or a console).
+thread_local bool deferring = false;
+std::condition_variable writerWake;
+bool writeWanted = false;  // under logMutex
+bool writerStop = false;   // under logMutex
+// Under both locks. A pointer, so that a process that ends without closing
+// the log never meets a running thread's destructor.
+std::thread* writer = nullptr;
 
 // Caller holds logMutex.
 void lf_write(std::string_view prefix, std::string_view text) {
@@ -43,38 +65,112 @@ void lf_write(std::string_view prefix, std::string_view text) {
     bytesWritten += n;
 }
 
-// Caller holds logMutex; the log is open.
+void lf_writeConsole(std::string_view line, bool error) {
+    std::FILE* stream = error ? stderr : stdout;
+    std::fwrite(line.data(), 1, line.size(), stream);
+    std::fputc('\n', stream);
+    std::fflush(stream);
+}
+
+// Caller holds fileMutex.
+void lf_writeOut(const std::string& text, const std::vector<std::pair<std::string, bool>>& console,
+                 std::FILE* out) {
+    if (out != nullptr && !text.empty()) {
+        std::fwrite(text.data(), 1, text.size(), out);
+        std::fflush(out);
+    }
+    for (const auto& [line, error] : console) lf_writeConsole(line, error);
+}
+
+// Writes out what gathered, in order; the caller holds no lock.
+void lf_flushNow() {
+    std::lock_guard file(fileMutex);
+    std::vector<std::pair<std::string, bool>> console;
+    std::FILE* out = nullptr;
+    {
+        std::lock_guard lock(logMutex);
+        writing.clear();
+        writing.swap(pending);
+        console.swap(pendingConsole);
+        bytesSinceFlush = 0;
+        writeWanted = false;
+        out = logFile;
+    }
+    lf_writeOut(writing, console, out);
+}
+
+// A flush is due: at once, or by the writer for a deferring thread.
 void lf_flush() {
-    std::fwrite(pending.data(), 1, pending.size(), logFile);
-    std::fflush(logFile);
-    pending.clear();
+    if (!deferring) return lf_flushNow();
+    {
+        std::lock_guard lock(logMutex);
+        writeWanted = true;
+    }
+    writerWake.notify_one();
+}
+
+void lf_writerLoop() {
+    std::unique_lock lock(logMutex);
+    while (true) {
+        writerWake.wait(lock, [] { return writeWanted || writerStop; });
+        if (writerStop) return;
+        lock.unlock();
+        lf_flushNow();
+        lock.lock();
+    }
+}
+
+void lf_startWriter() {
+    std::lock_guard file(fileMutex);
+    std::lock_guard lock(logMutex);
+    if (writer != nullptr) return;
+    writerStop = false;
+    writer = new std::thread(lf_writerLoop);
+}
+
+void lf_stopWriter() {
+    std::thread* running = nullptr;
+    {
+        std::lock_guard file(fileMutex);
+        std::lock_guard lock(logMutex);
+        writerStop = true;
+        std::swap(running, writer);
+    }
+    if (running == nullptr) return;
+    writerWake.notify_one();
+    running->join();
+    delete running;
 }
 
 // Caller holds logMutex. False when the line must be dropped; the first drop
-// of each kind says so in the log, once.
-bool lf_roomFor(std::size_t n, bool complaint) {
+// of each kind says so in the log, once (flush set: write out now).
+bool lf_roomFor(std::size_t n, bool complaint, bool& flush) {
     const std::uint64_t bound = complaint ? limits.complaint_bytes : limits.limit_bytes;
     if (bytesWritten + n <= bound) return true;
     std::uint64_t& dropped = complaint ? complaintsDropped : linesDropped;
     if (dropped++ == 0) {
         lf_write("==> ", fmt::format("Log.txt reached {} bytes: further {} are not written", bound,
                                      complaint ? "complaints" : "lines"));
-        lf_flush();
-        bytesSinceFlush = 0;
+        flush = true;
     }
     return false;
 }
 
-void lf_closeLocked() {
-    if (logFile == nullptr) return;
-    if (complaintsDropped + linesDropped > 0)
+void lf_close() {
+    lf_stopWriter();
+    std::lock_guard file(fileMutex);
+    std::lock_guard lock(logMutex);
+    if (logFile != nullptr && complaintsDropped + linesDropped > 0)
         lf_write("==> ", fmt::format("{} complaint{} and {} other line{} were not written",
                                      complaintsDropped, complaintsDropped == 1 ? "" : "s",
                                      linesDropped, linesDropped == 1 ? "" : "s"));
-    lf_flush();
+    lf_writeOut(pending, pendingConsole, logFile);
+    pending.clear();
+    pendingConsole.clear();
+    bytesSinceFlush = 0;
+    if (logFile == nullptr) return;
     std::fclose(logFile);
     logFile = nullptr;
-    bytesSinceFlush = 0;
 }
 
 }  // namespace
@@ -84,27 +180,27 @@ void gf_openLog() {
 }
 
 void gf_openLogAt(const std::filesystem::path& file) {
-    {
-        std::lock_guard lock(logMutex);
-        lf_closeLocked();
-    }
+    lf_close();
     gf_save1GenerationOf(file);
     // Built before the lock: the version parse may itself want to log.
     const std::string head = fmt::format("{} {} version {} for {}", gf_nowText(), PROGRAM_NAME,
                                          gf_versionText(gf_runningVersion()), "MSFS 2020/2024");
-    std::lock_guard lock(logMutex);
-    logFile = pf_openFile(file, "wb");
-    if (logFile == nullptr)
-        throw std::runtime_error(
-            fmt::format("Failed to write file {}: {}", file.string(), std::strerror(errno)));
-    bytesSinceFlush = 0;
-    bytesWritten = 0;
-    complaintsDropped = 0;
-    linesDropped = 0;
-    limits = nextLimits;
-    lf_write("", head);
-    lf_flush();
-    bytesSinceFlush = 0;
+    {
+        std::lock_guard fileLock(fileMutex);
+        std::lock_guard lock(logMutex);
+        logFile = pf_openFile(file, "wb");
+        if (logFile == nullptr)
+            throw std::runtime_error(
+                fmt::format("Failed to write file {}: {}", file.string(), std::strerror(errno)));
+        bytesSinceFlush = 0;
+        bytesWritten = 0;
+        complaintsDropped = 0;
+        linesDropped = 0;
+        limits = nextLimits;
+        lf_write("", head);
+    }
+    lf_flushNow();
+    lf_startWriter();
 }
 
 void gf_setLogLimits(const LogLimits& newLimits) {
@@ -113,8 +209,7 @@ void gf_setLogLimits(const LogLimits& newLimits) {
 }
 
 void gf_closeLog() {
-    std::lock_guard lock(logMutex);
-    lf_closeLocked();
+    lf_close();
 }
 
 bool gf_logIsOpen() {
@@ -123,36 +218,63 @@ bool gf_logIsOpen() {
 }
 
 void gf_logLine(std::string_view text) {
-    std::lock_guard lock(logMutex);
-    if (logFile == nullptr || !lf_roomFor(text.size() + 1, false)) return;
-    lf_write("", text);
-    if (bytesSinceFlush >= FLUSH_BYTES) {
-        lf_flush();
-        bytesSinceFlush = 0;
+    bool flush = false;
+    {
+        std::lock_guard lock(logMutex);
+        if (logFile == nullptr) return;
+        if (lf_roomFor(text.size() + 1, false, flush)) {
+            lf_write("", text);
+            flush = bytesSinceFlush >= FLUSH_BYTES;
+        }
     }
+    if (flush) lf_flush();
+}
+
+// A warning line, flushed at once so that it survives a crash.
+void lf_warning(std::string_view text, bool complaint) {
+    bool flush = false;
+    {
+        std::lock_guard lock(logMutex);
+        if (logFile == nullptr) return;
+        if (lf_roomFor(text.size() + 5, complaint, flush)) {
+            lf_write("==> ", text);
+            flush = true;
+        }
+    }
+    if (flush) lf_flush();
 }
 
 void gf_logError(std::string_view text) {
-    std::lock_guard lock(logMutex);
-    if (logFile == nullptr || !lf_roomFor(text.size() + 5, false)) return;
-    lf_write("==> ", text);
-    lf_flush();
-    bytesSinceFlush = 0;
+    lf_warning(text, false);
 }
 
 void gf_logComplaint(std::string_view text) {
-    std::lock_guard lock(logMutex);
-    if (logFile == nullptr || !lf_roomFor(text.size() + 5, true)) return;
-    lf_write("==> ", text);
-    lf_flush();
-    bytesSinceFlush = 0;
+    lf_warning(text, true);
 }
 
 void gf_flushLog() {
-    std::lock_guard lock(logMutex);
-    if (logFile == nullptr) return;
     lf_flush();
-    bytesSinceFlush = 0;
+}
+
+void gf_consoleLine(std::string_view text, bool error) {
+    bool queued = false;
+    if (deferring) {
+        std::lock_guard lock(logMutex);
+        if (writer != nullptr) {
+            pendingConsole.emplace_back(std::string(text), error);
+            writeWanted = true;
+            queued = true;
+        }
+    }
+    if (queued) {
+        writerWake.notify_one();
+        return;
+    }
+    lf_writeConsole(text, error);
+}
+
+void gf_deferOutput(bool on) {
+    deferring = on;
 }
 
 std::string gf_nowText() {

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/exit_request.h"
 #include "app/log.h"
 #include "app/run_flags.h"
@@ -11,6 +12,7 @@
 #include "app/run_words.h"
 #include "app/session_internal.h"
 #include "app/status_line.h"
+#include "app/tick_figures.h"
 #include "app/tick_grid.h"
 #include "feeds/rt_api/query_box.h"
 #include "feeds/rtapp/rt_app_position.h"
@@ -66,11 +68,13 @@ bool lf_tick() {
         return gf_keepRunning();
     }
     gf_applyParkedNavLights();
+    gf_noteTickBegin();
     const auto start = std::chrono::steady_clock::now();
     gf_trafficTick();
-    gf_noteTickTime(
-        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
-            .count());
+    const double tick_us =
+        std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+    gf_noteTickTime(tick_us);
+    gf_noteTickSample(tick_us);
     if (secondBeat.exchange(0) == 0) return true;
     lf_everySecond();
     if (!gf_keepRunning()) return false;
@@ -83,14 +87,33 @@ bool lf_tick() {
 void lf_mainLoop() {
     // The 10 ms grid needs a 1 ms system timer on Windows.
     MillisecondTimerScope fineTimer;
+    // The loop's log and console lines are written by the log's writer;
+    // what it left goes out before the closing down writes its own.
+    struct DeferredOutput {
+        DeferredOutput() { gf_deferOutput(true); }
+        ~DeferredOutput() {
+            gf_deferOutput(false);
+            gf_flushLog();
+        }
+    } const deferred;
     // The half hour of the week the first plan is made for.
     gf_renewWeekNow();
     gf_parkAtStartAirport();
     secondsCounter = 0;
     trafficOpen = 1;
     SteadyLoopClock clock;
+    if (!runWords.tickFigures.empty()) {
+        // A run without a duration keeps its first hour.
+        constexpr std::size_t TICKS_PER_S = 100;
+        const std::size_t seconds = runWords.duration_s > 0 ? runWords.duration_s + 60 : 3600;
+        gf_startTickFigures(seconds * TICKS_PER_S);
+    }
     gf_runTickGrid(
-        clock, [] { return lf_tick(); }, [] { return secondBeat.load() != 0; }, [](auto, auto) {});
+        clock, [] { return lf_tick(); }, [] { return secondBeat.load() != 0; },
+        [](auto due, auto now) {
+            gf_noteTickStart(std::chrono::duration<double, std::micro>(now - due).count());
+        });
+    if (!runWords.tickFigures.empty()) gf_writeTickFigures(runWords.tickFigures);
 }
 
 }  // namespace tfx

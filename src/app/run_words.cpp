@@ -58,9 +58,11 @@ RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& proble
             if (hasValue) ++i;
         } else if (word == "--demo") {
             words.demo = true;
-        } else if (word == "--record" || word == "--simconnect") {
+        } else if (word == "--record" || word == "--simconnect" || word == "--tick-figures") {
             if (hasValue && argv[i + 1][0] != '\0') {
-                (word == "--record" ? words.recording : words.simconnectLibrary) = argv[++i];
+                (word == "--record"       ? words.recording
+                 : word == "--simconnect" ? words.simconnectLibrary
+                                          : words.tickFigures) = argv[++i];
             } else {
                 problems.push_back(fmt::format("{} needs a file name", word));
             }
@@ -81,7 +83,8 @@ std::string gf_runWordsUsage() {
            "                    end of the traffic only)\n"
            "  --demo            the built-in simulator's demo flight when no SimConnect library\n"
            "                    is found (on Windows; elsewhere it always answers)\n"
-           "  --simconnect FILE talk to the simulator through this SimConnect library\n";
+           "  --simconnect FILE talk to the simulator through this SimConnect library\n"
+           "  --tick-figures FILE  write every tick's time and start lateness to FILE at the end\n";
 }
 
 }  // namespace tfx

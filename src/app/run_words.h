@@ -19,6 +19,7 @@ struct RunWords {
     std::int32_t liveryGaps_s = 0;    // "--livery-gaps S": the livery-gap report every S s
     bool demo = false;  // "--demo": the built-in simulator when no SimConnect library is found
     std::filesystem::path simconnectLibrary;  // "--simconnect FILE": this library, not a search
+    std::filesystem::path tickFigures;  // "--tick-figures FILE": every tick's time, at the end
 };
 extern RunWords runWords;
 

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/log.h"
 #include "app/run_state.h"
 #include "feeds/rtapp/rt_app_position.h"
@@ -78,8 +79,7 @@ void gf_statusLineEverySecond(std::int32_t status_s) {
     timing.allocatingTicks = allocatingNow - allocatingTicksAtLine;
     allocationsAtLine = allocationsNow;
     allocatingTicksAtLine = allocatingNow;
-    fmt::print("{} {}\n", gf_nowText(), gf_statusLineText(timing));
-    std::fflush(stdout);
+    gf_consoleLine(fmt::format("{} {}", gf_nowText(), gf_statusLineText(timing)));
     timing = {};
 }
 

@@ -1,11 +1,11 @@
 // The headless body of the window: updates are applied to the window's state
 // at once, and status and error lines are written to the console.
 #include <atomic>
-#include <cstdio>
 #include <mutex>
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/log.h"
 #include "gui/gui.h"
 
@@ -17,37 +17,47 @@ std::atomic<bool> shutDown{false};
 std::string status;
 std::string error;
 
-void lf_apply(const GuiUpdate& u) {
+// What an update writes, done after the window's lock is let go: a thread
+// must not wait on the disk or the console of another one.
+struct Output {
+    std::string logLine;
+    std::string consoleLine;
+    bool error = false;
+};
+
+Output lf_apply(const GuiUpdate& u) {
+    Output out;
     switch (u.kind) {
         case GuiKind::Status: {
             const auto& p = std::get<TextAndFlag>(u.payload);
-            if (!error.empty()) return;
-            if (p.flag) gf_logLine(p.text);
-            if (p.text != status && !p.text.empty()) fmt::print("status: {}\n", p.text);
+            if (!error.empty()) return out;
+            if (p.flag) out.logLine = p.text;
+            if (p.text != status && !p.text.empty()) out.consoleLine = "status: " + p.text;
             status = p.text;
-            return;
+            return out;
         }
         case GuiKind::Error: {
             const auto& text = std::get<std::string>(u.payload);
             status.clear();
-            if (text == error) return;
+            if (text == error) return out;
             error = text;
-            gf_logLine(fmt::format("Error {}", text));
-            fmt::print(stderr, "Error {}\n", text);
-            return;
+            out.logLine = fmt::format("Error {}", text);
+            out.consoleLine = out.logLine;
+            out.error = true;
+            return out;
         }
         case GuiKind::ClearStatus:
             if (error.empty()) status.clear();
-            return;
+            return out;
         case GuiKind::ClearError:
             error.clear();
-            return;
+            return out;
         case GuiKind::Reset:
             status.clear();
             error.clear();
-            return;
+            return out;
         default:
-            return;  // the rest only matters to a window
+            return out;  // the rest only matters to a window
     }
 }
 
@@ -55,8 +65,13 @@ void lf_apply(const GuiUpdate& u) {
 
 void Gui::enqueueUpdate(GuiUpdate update) {
     if (shutDown.load()) return;
-    std::lock_guard lock(guiMutex);
-    lf_apply(update);
+    Output out;
+    {
+        std::lock_guard lock(guiMutex);
+        out = lf_apply(update);
+    }
+    if (!out.logLine.empty()) gf_logLine(out.logLine);
+    if (!out.consoleLine.empty()) gf_consoleLine(out.consoleLine, out.error);
 }
 
 int Gui::drainUpdates() {

@@ -34,20 +34,18 @@ std::filesystem::path lf_planPath(std::uint32_t objectid) {
     return gf_dataFolder() / "orig_dest" / fmt::format("{}.pln", objectid);
 }
 
-bool lf_writePlan(const std::filesystem::path& path, const LiveAircraft& ac) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        << "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\n"
-        << "<FlightPlan.FlightPlan>\n"
-        << "<FPType>" << (lf_flownByRules(ac.category) ? "IFR" : "VFR") << "</FPType>\n"
-        << "<DepartureID>" << lf_letters(ac.orig) << "</DepartureID>\n"
-        << "<DestinationID>" << lf_letters(ac.dest) << "</DestinationID>\n"
-        << "</FlightPlan.FlightPlan>\n"
-        << "</SimBase.Document>\n"
-        << "\n";
-    out.close();
-    return static_cast<bool>(out);
+std::string lf_planText(const LiveAircraft& ac) {
+    return fmt::format(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\n"
+        "<FlightPlan.FlightPlan>\n"
+        "<FPType>{}</FPType>\n"
+        "<DepartureID>{}</DepartureID>\n"
+        "<DestinationID>{}</DestinationID>\n"
+        "</FlightPlan.FlightPlan>\n"
+        "</SimBase.Document>\n"
+        "\n",
+        lf_flownByRules(ac.category) ? "IFR" : "VFR", lf_letters(ac.orig), lf_letters(ac.dest));
 }
 
 }  // namespace
@@ -55,28 +53,35 @@ bool lf_writePlan(const std::filesystem::path& path, const LiveAircraft& ac) {
 void gf_createFlightPlan(LiveAircraft& ac) {
     ac.hasFlightPlan = 0;
     if (!gf_isMSFS2020() || !ac.orig.known() || !ac.dest.known()) return;
-    const std::filesystem::path path = lf_planPath(ac.objectid);
-    if (!lf_writePlan(path, ac)) {
-        gf_logError(fmt::format("{} creating a flight plan failed",
-                                fmt::format("{:8} {} {}", gf_routeText(ac.orig, ac.dest),
-                                            ac.callsign, gf_aimoText(ac.aimo))));
-        return;
-    }
-    gf_queueFlightPlan(ac.objectid, path);
+    // The simulator's thread writes the file before it hands the plan over;
+    // the aircraft's name goes along for its complaint.
+    gf_queueFlightPlan({ac.objectid, lf_planPath(ac.objectid), lf_planText(ac),
+                        fmt::format("{:8} {} {}", gf_routeText(ac.orig, ac.dest), ac.callsign,
+                                    gf_aimoText(ac.aimo))});
     ac.hasFlightPlan = 1;
 }
 
 void gf_removeFlightPlan(LiveAircraft& ac) {
     if (ac.hasFlightPlan == 0 || ac.objectid == 0) return;
-    try {
+    gf_queueFlightPlan({ac.objectid, lf_planPath(ac.objectid), {}, {}});
+    ac.hasFlightPlan = 0;
+}
+
+bool gf_carryOutFlightPlan(const FlightPlanCommand& plan) {
+    if (plan.text.empty()) {
         std::error_code ec;
-        std::filesystem::remove(lf_planPath(ac.objectid), ec);
+        std::filesystem::remove(plan.path, ec);
         if (ec) gf_logError(fmt::format("gf_removeFlightPlan: {}", ec.message()));
-        ac.hasFlightPlan = 0;
-    } catch (const std::exception& e) {
-        gf_logError(fmt::format("{}: removing flight plan for {} failed: {}",
-                                "lf_cleanupLiveAircraft", ac.callsign, e.what()));
+        return false;
     }
+    std::ofstream out(plan.path, std::ios::binary | std::ios::trunc);
+    out << plan.text;
+    out.close();
+    if (!out) {
+        gf_logError(fmt::format("{} creating a flight plan failed", plan.label));
+        return false;
+    }
+    return true;
 }
 
 }  // namespace tfx

@@ -10,6 +10,7 @@
 #include "app/options.h"
 #include "app/run_state.h"
 #include "gui/gui.h"
+#include "sim/flight_plan.h"
 #include "sim/object_id_text.h"
 #include "sim/sim_client.h"
 #include "sim/sim_client_internal.h"
@@ -107,7 +108,7 @@ void lf_clientEvent(HANDLE handle, const ClientEvent& e) {
 }
 
 void lf_flightPlan(HANDLE handle, const FlightPlanCommand& plan) {
-    if (!gf_isMSFS2020()) return;
+    if (!gf_carryOutFlightPlan(plan) || !gf_isMSFS2020()) return;
     const std::u8string path = plan.path.u8string();
     SimConnect_AISetAircraftFlightPlan(
         handle, plan.objectid, reinterpret_cast<const char*>(path.c_str()), REQUEST_ID_FLIGHT_PLAN);

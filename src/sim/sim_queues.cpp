@@ -118,10 +118,10 @@ void gf_queueRemoval(std::uint32_t objectid) {
     commands.removes.push_back(objectid);
 }
 
-void gf_queueFlightPlan(std::uint32_t objectid, std::filesystem::path path) {
+void gf_queueFlightPlan(FlightPlanCommand plan) {
     std::lock_guard lock(commandLock);
     if (tornDown) return;
-    commands.flightPlans.push_back({objectid, std::move(path)});
+    commands.flightPlans.push_back(std::move(plan));
 }
 
 void gf_requestSimData(std::uint32_t kind, std::uint32_t objectid) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "sim/create_request.h"
@@ -30,9 +31,14 @@ struct ThrustCommand {
     std::uint8_t reverse;
     std::uint8_t fsltlLivery;
 };
+// A flight plan file to write (text not empty) or to remove (text empty),
+// and for a written one the plan to set; the simulator's thread does both,
+// so that the tick never touches a file.
 struct FlightPlanCommand {
     std::uint32_t objectid;
     std::filesystem::path path;
+    std::string text;
+    std::string label;  // the aircraft, for a complaint
 };
 
 // The command buffers, all under one lock.
@@ -68,7 +74,7 @@ void gf_queueCreate(CreateRequest request);
 // Drops the object from the tick's frame table and the pending map first, so
 // that no position follows a removal.
 void gf_queueRemoval(std::uint32_t objectid);
-void gf_queueFlightPlan(std::uint32_t objectid, std::filesystem::path path);
+void gf_queueFlightPlan(FlightPlanCommand plan);
 void gf_requestSimData(std::uint32_t kind, std::uint32_t objectid);
 
 // The simulator thread's flush: swaps all six buffers out. Pass empty buffers

@@ -110,6 +110,7 @@ void gf_handleTrafficBatch(std::vector<TrafficMessage>& batch, int delay_s, bool
             pendingMessages.swap(batch);
         }
         if (replaced > 0) {
+            trafficCounters.replacedUnread.fetch_add(replaced, std::memory_order_relaxed);
             gf_logLine(
                 fmt::format("replacing {} pending traffic message{} with {} newer message{} ...",
                             replaced, lf_plural(replaced), newer, lf_plural(newer)));

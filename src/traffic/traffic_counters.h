@@ -15,6 +15,8 @@ struct TrafficCounters {
     std::atomic<std::uint64_t> created{0};       // live objects the simulator confirmed
     std::atomic<std::uint64_t> createFailed{0};  // live creates the simulator refused
     std::atomic<std::uint64_t> removed{0};       // live objects the simulator took away
+    // Live messages a newer batch replaced before the tick took them.
+    std::atomic<std::uint64_t> replacedUnread{0};
     // Heap allocations made inside gf_trafficTick, and the ticks that made
     // any; both stay 0 in a build that doesn't count (gf_allocationsCounted).
     std::atomic<std::uint64_t> tickAllocations{0};

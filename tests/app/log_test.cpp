@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -8,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "app/deferred_output.h"
 #include "app/log.h"
 #include "app/text_utils.h"
 #include "support/temp_workdir.h"
@@ -107,4 +109,28 @@ TEST(Log, AToolsLogGoesWhereItIsToldNotIntoTheWorkingFolder) {
     tfx::gf_closeLog();
     EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
     EXPECT_NE(dir.read("elsewhere/tool_Log.txt").find("from a tool"), std::string::npos);
+}
+
+// The main loop's thread leaves its lines to the log's writer: a warning
+// reaches the disk moments later without that thread writing, plain lines
+// and console lines go out in their order by the close at the latest.
+TEST(Log, ADeferringThreadsLinesAreWrittenForIt) {
+    TempWorkdir dir;
+    std::thread loop([] {
+        tfx::gf_deferOutput(true);
+        tfx::gf_logLine("plain from the loop");
+        tfx::gf_logError("warning from the loop");
+        tfx::gf_logLine("later plain from the loop");
+        tfx::gf_deferOutput(false);
+    });
+    loop.join();
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (dir.read("Log.txt").find("==> warning from the loop") == std::string::npos &&
+           std::chrono::steady_clock::now() < until)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const std::string soon = dir.read("Log.txt");
+    EXPECT_LT(soon.find("plain from the loop"), soon.find("==> warning from the loop"));
+    tfx::gf_closeLog();
+    const std::string log = dir.read("Log.txt");
+    EXPECT_LT(log.find("==> warning from the loop"), log.find("later plain from the loop"));
 }

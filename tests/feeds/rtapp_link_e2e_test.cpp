@@ -620,6 +620,46 @@ TEST_F(RtAppRoad, ARacingDropNeverSendsToTheNextConnection) {
     }
 }
 
+// A burst of messages (a report every tick would be one) goes out in the
+// order it was queued, and a close first sends what waits, then "exit". With
+// a peer that doesn't read, the close ends within its limit and the log says
+// how many messages were dropped.
+TEST_F(RtAppRoad, TheQueueKeepsOrderAndACloseSendsOrDropsWhatWaits) {
+    const std::uint16_t port = gf_portNumber(rtAppEndpoints.tcpPort);
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread accept([] { waitForClient(); });
+    SocketFd peer = gf_tcpSocket();
+    ASSERT_TRUE(gf_connectSocket(peer, "127.0.0.1", port));
+    accept.join();
+    constexpr int BURST = 60;  // within the queue's limit, with the "exit"
+    for (int i = 0; i < BURST; ++i) ASSERT_TRUE(sendDataPacket(fmt::format("Qs123={}\r\n", i)));
+    gf_closeRTApp();
+    const auto lines = lf_readLines(peer, BURST + 1);
+    gf_closeSocket(peer);
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(BURST + 1));
+    for (int i = 0; i < BURST; ++i) EXPECT_EQ(lines[i], fmt::format("Qs123={}\r\n", i));
+    EXPECT_EQ(lines.back(), "exit\r\n");
+    EXPECT_EQ(dir.logText().find("not sent"), std::string::npos);
+
+    rtAppTiming.clientSendBuffer = 4096;
+    gf_listenRTApp(rtAppEndpoints.tcpPort);
+    std::thread acceptStuck([] { waitForClient(); });
+    SocketFd stuck = gf_tcpSocket();
+    gf_setReceiveBufferSize(stuck, 2048);
+    ASSERT_TRUE(gf_connectSocket(stuck, "127.0.0.1", port));
+    acceptStuck.join();
+    sendDataPacket(std::string(65536, 'x'));  // the link's thread stalls in it
+    for (int i = 0; i < 5; ++i) sendDataPacket("Qs123=1\r\n");
+    const auto closing = std::chrono::steady_clock::now();
+    gf_closeRTApp();
+    EXPECT_LT(std::chrono::steady_clock::now() - closing,
+              std::chrono::milliseconds(rtAppTiming.exitLimit_ms + 500));
+    gf_closeSocket(stuck);
+    EXPECT_NE(dir.logText().find("6 messages to the RealTraffic application not sent"),
+              std::string::npos)
+        << "five reports and the exit";
+}
+
 // An application that freezes (stops sending and reading, keeps its
 // connection) and wakes: the status says the feed is silent, and on waking
 // the history is asked for again, as after a restart.

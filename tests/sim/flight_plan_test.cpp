@@ -39,11 +39,19 @@ struct FlightPlanTest : ::testing::Test {
 
 }  // namespace
 
-TEST_F(FlightPlanTest, MSFS2020GetsTheFileAndTheQueuedPlan) {
+// The tick only queues; the simulator's thread writes the file, sets the
+// plan, and removes the file again when the aircraft goes.
+TEST_F(FlightPlanTest, MSFS2020GetsTheFileFromTheSimulatorsThreadAndLosesItWithTheAircraft) {
     runChoice = std::make_shared<const RunChoice>(RunChoice{1, true});
     LiveAircraft ac = routed(true);
     gf_createFlightPlan(ac);
     EXPECT_EQ(ac.hasFlightPlan, 1);
+    EXPECT_FALSE(fs::exists(dir.path() / "orig_dest/4711.pln")) << "the tick wrote a file";
+    SimCommands queued = gf_peekSimCommands();
+    ASSERT_EQ(queued.flightPlans.size(), 1u);
+    EXPECT_EQ(queued.flightPlans[0].objectid, 4711u);
+    EXPECT_EQ(queued.flightPlans[0].path.filename(), "4711.pln");
+    EXPECT_TRUE(gf_carryOutFlightPlan(queued.flightPlans[0]));
     EXPECT_EQ(dir.read("orig_dest/4711.pln"),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\n"
@@ -54,10 +62,14 @@ TEST_F(FlightPlanTest, MSFS2020GetsTheFileAndTheQueuedPlan) {
               "</FlightPlan.FlightPlan>\n"
               "</SimBase.Document>\n"
               "\n");
-    const SimCommands queued = gf_peekSimCommands();
-    ASSERT_EQ(queued.flightPlans.size(), 1u);
-    EXPECT_EQ(queued.flightPlans[0].objectid, 4711u);
-    EXPECT_EQ(queued.flightPlans[0].path.filename(), "4711.pln");
+
+    gf_removeFlightPlan(ac);
+    EXPECT_EQ(ac.hasFlightPlan, 0);
+    queued = gf_peekSimCommands();
+    ASSERT_EQ(queued.flightPlans.size(), 2u);
+    EXPECT_TRUE(fs::exists(dir.path() / "orig_dest/4711.pln"));
+    EXPECT_FALSE(gf_carryOutFlightPlan(queued.flightPlans[1])) << "a removal sets no plan";
+    EXPECT_FALSE(fs::exists(dir.path() / "orig_dest/4711.pln"));
 }
 
 TEST_F(FlightPlanTest, NoPlanWithoutBothEndsOnMSFS2024OrWithoutItsFolder) {
@@ -71,14 +83,15 @@ TEST_F(FlightPlanTest, NoPlanWithoutBothEndsOnMSFS2024OrWithoutItsFolder) {
     on2024.hasFlightPlan = 1;
     gf_createFlightPlan(on2024);
     EXPECT_EQ(on2024.hasFlightPlan, 0);
+    EXPECT_TRUE(gf_peekSimCommands().flightPlans.empty());
 
     runChoice = std::make_shared<const RunChoice>(RunChoice{1, true});
     fs::remove(dir.path() / "orig_dest");
     LiveAircraft noFolder = routed(true);
     gf_createFlightPlan(noFolder);
-    EXPECT_EQ(noFolder.hasFlightPlan, 0);
+    const SimCommands queued = gf_peekSimCommands();
+    ASSERT_EQ(queued.flightPlans.size(), 1u);
+    EXPECT_FALSE(gf_carryOutFlightPlan(queued.flightPlans[0])) << "no plan set without its file";
     EXPECT_NE(dir.logText().find("BAW9 "), std::string::npos);
     EXPECT_NE(dir.logText().find("creating a flight plan failed"), std::string::npos);
-
-    EXPECT_TRUE(gf_peekSimCommands().flightPlans.empty());
 }

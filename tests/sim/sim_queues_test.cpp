@@ -135,7 +135,7 @@ TEST(SimQueues, CommandsAfterTheSimulatorThreadEndedAreDroppedUntilTheNextSetUp)
         create.hexid = 0x400002;
         gf_queueCreate(create);
         gf_queueRemoval(6);
-        gf_queueFlightPlan(5, "5.pln");
+        gf_queueFlightPlan({5, "5.pln", "plan", "label"});
         gf_requestSimData(REQUEST_STATIC_DATA, 5);
     };
     gf_framePut(6, at(1));

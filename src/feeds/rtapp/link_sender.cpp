@@ -78,6 +78,13 @@ void lf_send(const Outgoing& item) {
     }
     if (!item.drainAfter) return;
     std::lock_guard lock(appSocket.bufferRequestLock);
+    // A buffer request whose end never came must not keep the reports from
+    // draining for the rest of the session.
+    if (appSocket.bufferRequested &&
+        gf_steadyMillis() - appSocket.bufferRequested_ms >= BUFFER_REQUEST_LIMIT_MS) {
+        appSocket.bufferRequested = false;
+        lf_linkLog("No end of the buffer traffic came; the link drains again");
+    }
     if (!appSocket.bufferRequested) drainReceiveBuffer();
 }
 
@@ -129,6 +136,9 @@ void lf_run() {
             std::unique_lock lock(linkSender.lock);
             linkSender.wake.wait_for(lock, std::chrono::milliseconds(IDLE_WAIT_MS),
                                      [] { return linkSender.stop || !linkSender.queue.empty(); });
+            // A closing link sends what waits until its time is up; the rest
+            // is dropped, and counted, by the close.
+            if (linkSender.stop && gf_steadyMillis() >= linkSender.stopBy_ms) return;
             if (linkSender.queue.empty()) {
                 if (linkSender.stop) return;
                 lock.unlock();
@@ -188,8 +198,17 @@ void gf_stopLinkSender() {
     }
     linkSender.wake.notify_one();
     linkSender.thread.join();
-    std::lock_guard lock(linkSender.lock);
-    linkSender.queue.clear();
+    std::size_t left = 0;
+    {
+        std::lock_guard lock(linkSender.lock);
+        left = linkSender.queue.size();
+        linkSender.queue.clear();
+    }
+    // Said even while the session closes: what the application never got.
+    if (left > 0)
+        gf_logLine(fmt::format(
+            "{} message{} to the RealTraffic application not sent: the link closed first", left,
+            left == 1 ? "" : "s"));
 }
 
 }  // namespace tfx

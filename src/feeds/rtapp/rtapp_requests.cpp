@@ -31,17 +31,6 @@ bool lf_atZero(double lat, double lon) {
     return std::fabs(lat) < 0.0001 && std::fabs(lon) < 0.0001;
 }
 
-// A buffer request whose end never came must not keep the reports from
-// draining for the rest of the session.
-void lf_giveUpStaleBufferRequest() {
-    std::lock_guard lock(appSocket.bufferRequestLock);
-    if (!appSocket.bufferRequested ||
-        gf_steadyMillis() - appSocket.bufferRequested_ms < BUFFER_REQUEST_LIMIT_MS)
-        return;
-    appSocket.bufferRequested = false;
-    lf_linkLog("No end of the buffer traffic came; the link drains again");
-}
-
 void lf_appGone(const std::string& status) {
     rtAppFeedConnected = false;
     gf_showStatus(status);
@@ -89,7 +78,6 @@ void gf_sendPosition() {
         "Qs121={:.0f};{:.0f};{:.6f};{:.0f};{:.0f};{:.6f};{:.6f}\r\n", -100000 * user.pitch,
         100000 * user.bank, user.heading, 1000 * user.indicatedAlt, 1000 * user.groundSpeed,
         user.lat * DEG_TO_RAD, user.lon * DEG_TO_RAD);
-    lf_giveUpStaleBufferRequest();
     // The link's thread sends it and drains what came; a send that fails or
     // stalls closes the client, and the next report finds it gone.
     if (!sendDataPacket(text, true)) lf_appGone("RealTraffic App gone");

@@ -116,6 +116,7 @@ bool BuiltinSim::loadScenario(const std::filesystem::path& path) {
 void BuiltinSim::setScenario(Scenario scenario) {
     std::lock_guard lock(mutex_);
     if (!scenario.installed.empty()) world_.knownTitles = scenario.installed;
+    if (scenario.max_ai_objects > 0) world_.config.max_ai_objects = scenario.max_ai_objects;
     world_.scenario = std::move(scenario);
     world_.random.seed(world_.scenario.rough.seed);
     world_.restartDone = false;

@@ -290,6 +290,13 @@ std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::stri
     if (const auto ground = lf_number(root, "default_ground_ft", 0.0, source)) {
         out.default_ground_ft = *ground;
     }
+    if (const auto most = lf_number(root, "max_ai_objects", 0.0, source)) {
+        if (*most >= 1 && *most <= 100000)
+            out.max_ai_objects = static_cast<std::size_t>(*most);
+        else if (*most != 0)
+            gf_logError(
+                fmt::format("{}: \"max_ai_objects\" is not 1 to 100000, default kept", source));
+    }
     if (root.contains("airports")) lf_readAirports(root["airports"], source, out);
     out.scenery = lf_text(root, "scenery", "", source);
     if (root.contains("installed")) lf_readInstalled(root["installed"], source, out);

@@ -5,6 +5,7 @@
 //   {
 //     "start_utc": "2024-06-01T12:00:00Z",    // simulator clock at flight load
 //     "default_ground_ft": 0,                  // ground away from any airport
+//     "max_ai_objects": 2500,                  // AI objects it holds (default 1000)
 //     "airports": [                            // flat at field elevation within
 //       { "icao": "EGTK", "lat": 51.8369,      // radius_nm (default 3), blending
 //         "lon": -1.32, "elevation_ft": 270,   // to default_ground_ft over one
@@ -140,6 +141,7 @@ struct SimRoughness {
 struct Scenario {
     std::int64_t start_utc_s = 1717243200;  // 2024-06-01 12:00:00Z
     double default_ground_ft = 0;
+    std::size_t max_ai_objects = 0;  // 0: the simulator's own limit
     std::vector<ScenarioAirport> airports;
     std::filesystem::path scenery;  // folder of airport files, for stands
     std::vector<KnownTitle> installed;
