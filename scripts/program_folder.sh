@@ -15,12 +15,7 @@ cp "$build/zept" "$dest/zept"
 cp "$build/input/dbase.enc" "$dest/input/dbase.enc"
 cp "$build/input/AIG-regcodes.enc" "$dest/input/AIG-regcodes.enc"
 # The scenario without its own list of titles: the installation says what is installed.
-python3 - "$src/data/sim_scenario_egtk.json" "$dest/sim_scenario.json" <<'PY'
-import json, sys
-scenario = json.load(open(sys.argv[1], encoding="utf-8"))
-scenario.pop("installed", None)
-json.dump(scenario, open(sys.argv[2], "w", encoding="utf-8"), indent=2)
-PY
+"$src/scripts/scenario_without_titles.py" "$src/data/sim_scenario_egtk.json" "$dest/sim_scenario.json"
 rm -rf "$dest/simulator"
 mkdir -p "$dest/simulator"
 cp -r "$src/data/ai_install_small/Packages" "$src/data/ai_install_small/localappdata" "$dest/simulator/"

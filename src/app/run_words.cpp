@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "platform/wide_text.h"
+
 namespace tfx {
 
 RunWords runWords;
@@ -58,7 +60,7 @@ RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& proble
             if (hasValue) ++i;
         } else if (word == "--record") {
             if (hasValue && argv[i + 1][0] != '\0') {
-                words.recording = argv[++i];
+                words.recording = pf_pathFromUtf8(argv[++i]);
             } else {
                 problems.push_back("--record needs a file name");
             }

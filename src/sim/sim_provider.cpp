@@ -1,7 +1,6 @@
 // The built-in simulator as the provider of a process that has no other.
 #include "sim/sim_provider.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -9,6 +8,8 @@
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "platform/process_inputs.h"
+#include "platform/wide_text.h"
 #include "sim/builtin/builtin_sim.h"
 #include "sim/builtin/installed_titles.h"
 
@@ -29,8 +30,7 @@ Scenario lf_defaultScenario() {
 }
 
 std::filesystem::path lf_scenarioPath() {
-    if (const char* env = std::getenv("ZEPT_SIM_SCENARIO"); env != nullptr && *env != '\0')
-        return env;
+    if (const auto env = pf_environmentText("ZEPT_SIM_SCENARIO")) return pf_pathFromUtf8(*env);
     if (std::filesystem::exists("sim_scenario.json")) return "sim_scenario.json";
     return {};
 }

@@ -5,9 +5,12 @@
 #     its settings land in the roaming application data folder of Windows.
 #   tests/e2e/run_wine.sh main-job WINDOWS_BUILD_DIR [LINUX_BUILD_DIR]
 #     zept.exe on the road "RT App" with the built-in simulator, fed by the
-#     Linux stand-in application on loopback for a minute: aircraft are
-#     created, status lines are printed, a second instance is refused, and
-#     Ctrl-C closes it cleanly.
+#     Linux stand-in application on loopback for a minute. The demo AI
+#     installation stands where the simulator's Store edition has it, found
+#     through its UserCfg.opt under the local application data folder.
+#     Aircraft are created, status lines are printed, the recording lands
+#     under its non-ASCII name, a second instance is refused, and Ctrl-C
+#     closes it cleanly.
 set -euo pipefail
 mode="$1"
 
@@ -63,8 +66,14 @@ cp -r "$build/release" "$work/program"
 # run starts from the default parameters.
 "$wine_run" cmd /c exit >/dev/null 2>&1 || true
 prefix="${ZEPT_WINEPREFIX:-$HOME/.cache/zept-windows-deps/wine}"
-data_folder="$(find "$prefix/drive_c/users" -maxdepth 3 -type d -path '*/AppData/Roaming' | head -1)/ZEPT"
+app_data="$(find "$prefix/drive_c/users" -maxdepth 3 -type d -path '*/AppData/Roaming' | head -1)"
+data_folder="$app_data/ZEPT"
 rm -rf "$data_folder"
+# Where the simulator's Store edition keeps its settings and packages; no
+# other test of the prefix may find them.
+store_cache="$(dirname "$app_data")/Local/Packages/Microsoft.FlightSimulator_8wekyb3d8bbwe/LocalCache"
+rm -rf "$store_cache"
+trap 'rm -rf "$store_cache"; cleanup' EXIT
 
 cd "$work/program"
 
@@ -92,12 +101,23 @@ if [ ! -x "$standin" ]; then
   exit 1
 fi
 
+# The demo installation, laid out as the simulator lays out its own.
+mkdir -p "$store_cache"
+cp -r "$src/data/ai_install_small/Packages" "$store_cache/"
+windows_user="$(basename "$(dirname "$(dirname "$app_data")")")"
+printf 'Version 63\r\nInstalledPackagesPath "C:\\users\\%s\\AppData\\Local\\Packages\\%s\\LocalCache\\Packages"\r\n' \
+  "$windows_user" Microsoft.FlightSimulator_8wekyb3d8bbwe >"$store_cache/UserCfg.opt"
+
 # The scenario's last minute and a half: live reports, then silence.
 "$standin" --scenario "$src/data/rt_scenario_egtk.csv" --start 190 --no-loop \
   >"$work/standin.txt" 2>&1 &
 standin_pid=$!
 
-"$wine_run" zept.exe --rt-app --status 2 --duration 240 >"$work/console.txt" 2>&1 &
+# A file name outside any single code page: the command line must reach
+# the program as it was typed.
+recording="motion Jörg ✈ Ωμέγα.csv"
+"$wine_run" zept.exe --rt-app --status 2 --duration 240 --record "$recording" \
+  >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
 # A second copy of the program is refused at once by the named mutex.
@@ -133,6 +153,8 @@ if [[ "$(grep ' | created ' "$work/console.txt" | tail -1)" =~ created\ ([0-9]+)
 fi
 check "aircraft were created in the built-in simulator ($created)" test "$created" -gt 0
 check "the RealTraffic application was connected" has Log.txt "RealTraffic connected"
+check "the installation was found through UserCfg.opt" has Log.txt "LocalCache\\Packages"
+check "the recording is under its own name" test -s "$recording"
 for line in "stop requested from the console" "Exiting: USER CLOSED SIM" \
             "Shutdown cleanup completed; posting MSG_EXIT"; do
   check "the log has \"$line\"" has Log.txt "$line"
