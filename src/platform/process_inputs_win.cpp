@@ -1,9 +1,10 @@
 #include "platform/process_inputs.h"
 
-#include <shellapi.h>
-
 #include "platform/wide_text.h"
 #include "platform/windows_headers.h"
+
+// After windows.h, which it needs.
+#include <shellapi.h>
 
 namespace tfx {
 

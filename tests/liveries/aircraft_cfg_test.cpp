@@ -181,7 +181,8 @@ TEST_F(AircraftCfg, TheFileModel) {
 
 TEST_F(AircraftCfg, IvaoLayoutTakesModelFromFolderAndAirlineFromTitle) {
     const std::string folder =
-        (dir.path() / "x" / "IVAO_MTL" / "SimObjects" / "Airplanes" / "IVAO_B738WLfa").string();
+        (dir.path() / "x" / "IVAO_MTL" / "SimObjects" / "Airplanes" / "IVAO_B738WLfa")
+            .generic_string();  // as the file walk hands it over
     std::filesystem::create_directories(folder + "/texture.DLH");
     const std::string path = folder + "/aircraft.cfg";
     const auto lines = lf_split(
