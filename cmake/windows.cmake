@@ -34,8 +34,6 @@ set(ZEPT_WINE_SKIPS
   # A folder's read-only attribute does not stop writing into it on Windows
   # (its ACL would, which the test cannot set portably).
   SaveXml.UnwritablePlaceKeepsTheOldFile
-  # Expects "/" in the paths of its messages; Windows writes them with "\".
-  ReferenceDb.MissingSectionsAndBrokenFiles
   # Under Wine a wait in accept ends about 0.5 s after another thread closes
   # the listening socket, at the test's time bound (the wait does end).
   RtAppRoad.ClosingTheWindowEndsAWaitForTheApplication

@@ -10,21 +10,16 @@
 
 namespace tfx {
 
-// The path named by UTF-8 text, on every system.
-inline std::filesystem::path pf_pathFromUtf8(std::string_view text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
-}
-
-// The UTF-8 text of a path, on every system.
-inline std::string pf_pathToUtf8(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
+// The path named by UTF-8 text, and the UTF-8 text of a path, on every
+// system. Neither throws: bytes that are not UTF-8 (a hand-written file in
+// another code page) become U+FFFD on Windows and stay as they are here.
+std::filesystem::path pf_pathFromUtf8(std::string_view text);
+std::string pf_pathToUtf8(const std::filesystem::path& path);
 
 #ifdef _WIN32
 // UTF-8 to UTF-16 and back (MultiByteToWideChar, WideCharToMultiByte). A byte
 // sequence that is not UTF-8 becomes U+FFFD, as a lone surrogate does the
-// other way: text from outside never ends a conversion.
+// other way.
 std::wstring pf_utf8ToWide(std::string_view text);
 std::string pf_wideToUtf8(std::wstring_view text);
 #endif

@@ -16,6 +16,14 @@ std::wstring pf_utf8ToWide(std::string_view text) {
     return out;
 }
 
+std::filesystem::path pf_pathFromUtf8(std::string_view text) {
+    return std::filesystem::path(pf_utf8ToWide(text));
+}
+
+std::string pf_pathToUtf8(const std::filesystem::path& path) {
+    return pf_wideToUtf8(path.native());
+}
+
 std::string pf_wideToUtf8(std::wstring_view text) {
     if (text.empty() || text.size() > static_cast<std::size_t>(INT_MAX)) return std::string();
     const int size = static_cast<int>(text.size());

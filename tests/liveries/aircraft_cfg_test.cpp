@@ -181,8 +181,7 @@ TEST_F(AircraftCfg, TheFileModel) {
 
 TEST_F(AircraftCfg, IvaoLayoutTakesModelFromFolderAndAirlineFromTitle) {
     const std::string folder =
-        (dir.path() / "x" / "IVAO_MTL" / "SimObjects" / "Airplanes" / "IVAO_B738WLfa")
-            .generic_string();  // as the file walk hands it over
+        (dir.path() / "x" / "IVAO_MTL" / "SimObjects" / "Airplanes" / "IVAO_B738WLfa").string();
     std::filesystem::create_directories(folder + "/texture.DLH");
     const std::string path = folder + "/aircraft.cfg";
     const auto lines = lf_split(
