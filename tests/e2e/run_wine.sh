@@ -72,8 +72,8 @@ rm -rf "$data_folder"
 # Where the simulator's Store edition keeps its settings and packages; no
 # other test of the prefix may find them.
 store_cache="$(dirname "$app_data")/Local/Packages/Microsoft.FlightSimulator_8wekyb3d8bbwe/LocalCache"
-rm -rf "$store_cache"
-trap 'rm -rf "$store_cache"; cleanup' EXIT
+rm -rf "$(dirname "$store_cache")"
+trap 'rm -rf "$(dirname "$store_cache")"; cleanup' EXIT
 
 cd "$work/program"
 
