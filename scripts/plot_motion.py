@@ -10,7 +10,7 @@ For each aircraft (or only the callsigns given) three plots go to OUTDIR:
 frame), <callsign>_alt.png and <callsign>_speed.png (altitude and true
 airspeed over time in seconds). The reported points, at the time the engine
 means to be there, are marked on all three (the simulator's recording has no
-reports and names each aircraft by its object id).
+reports, names each aircraft by its object id and the user aircraft "user").
 Needs gnuplot (Debian package gnuplot-nox); only the standard library otherwise.
 """
 import math
@@ -28,13 +28,18 @@ SIM_HEADER = "time_ms,object_id,"
 
 
 def read_sim_recording(f):
-    """The simulator's positions as frames of the replay's shape."""
+    """The simulator's positions as frames of the replay's shape: those the
+    program sent per object, and the user aircraft's own track as "user"
+    (where and when AI objects appeared and went is left out)."""
     frames = {}
     for line in f:
         fields = line.rstrip("\n").split(",")
         if len(fields) < 11:
             continue
-        name = f"object_{fields[1]}"
+        kind = fields[11] if len(fields) > 11 else "set"
+        if kind not in ("set", "user"):
+            continue
+        name = "user" if kind == "user" else f"object_{fields[1]}"
         tick = str(int(fields[0]) // 10)  # milliseconds to hundredths
         frame = ["F", tick, fields[1], name, fields[2], fields[3], fields[4],
                  "", "", "", "", fields[9], ""]

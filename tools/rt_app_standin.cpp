@@ -4,7 +4,7 @@
 //   rt_app_standin [--mode today|public] [--unicast] [--lan] [--no-markers]
 //                  [--loss P] [--duplicate P] [--reorder P] [--positions FILE]
 //                  [--freeze AFTER_S FOR_S]
-//                  [--scenario FILE] [--tcp-port N] [--traffic-port N]
+//                  [--scenario FILE] [--parked FILE] [--tcp-port N] [--traffic-port N]
 //                  [--weather-port N] [--cycle-ms N] [--qnh HPA] [--start S]
 //                  [--once] [--no-loop] [--vanish] [--verbose]
 //
@@ -13,6 +13,8 @@
 // with --lan.
 // --positions: where to write the user positions ZEPT reported (lat,lon).
 // --start: the scenario's second at the connection (history lies before it).
+// --parked: a week of parked aircraft at one airport (data/parked/*.csv);
+// parked requests get those on their stands now instead of the scenario's list.
 // A looped scenario flies each round under other transponder codes.
 #include <csignal>
 #include <cstdlib>
@@ -38,7 +40,8 @@ int lf_usage() {
                "[--loss P]\n"
                "                      [--duplicate P] [--reorder P] [--positions FILE] "
                "[--freeze AFTER_S FOR_S]\n"
-               "                      [--scenario FILE] [--tcp-port N] [--traffic-port N] "
+               "                      [--scenario FILE] [--parked FILE] [--tcp-port N] "
+               "[--traffic-port N] "
                "[--weather-port N]\n"
                "                      [--cycle-ms N] [--qnh HPA] [--start S] [--once] [--no-loop] "
                "[--vanish] [--verbose]\n");
@@ -51,6 +54,7 @@ int main(int argc, char** argv) {
     tfx::standin::App app;
     std::string path = "data/rt_scenario_egtk.csv";
     std::string positionsPath;
+    std::string parkedPath;
     tfx::standin::Form form = tfx::standin::Form::today;
     bool broadcast = true, lan = false, markers = true;
     int cycle_ms = 0;
@@ -80,6 +84,8 @@ int main(int argc, char** argv) {
             positionsPath = argv[++i];
         else if (arg == "--scenario" && hasValue)
             path = argv[++i];
+        else if (arg == "--parked" && hasValue)
+            parkedPath = argv[++i];
         else if (arg == "--tcp-port" && hasValue)
             app.config.tcpPort = tfx::gf_portNumber(argv[++i]);
         else if (arg == "--traffic-port" && hasValue)
@@ -124,6 +130,17 @@ int main(int argc, char** argv) {
     fmt::print("{}: {} reports, {} parked, {:.0f} s{}\n", path, app.scene.reports.size(),
                app.scene.parked.size(), app.scene.length_s(),
                bad ? fmt::format(", {} bad lines skipped", bad) : "");
+    if (!parkedPath.empty()) {
+        auto week = tfx::parked::gf_readParkedWeek(parkedPath, &bad);
+        if (!week || week->stays.empty() || week->airport.empty()) {
+            fmt::print(stderr, "cannot read parked aircraft from {}\n", parkedPath);
+            return 1;
+        }
+        app.week = std::move(*week);
+        app.config.airport = app.week.airport;
+        fmt::print("{}: {} stays at {}{}\n", parkedPath, app.week.stays.size(), app.week.airport,
+                   bad ? fmt::format(", {} bad lines skipped", bad) : "");
+    }
     running = &app;
     std::signal(SIGINT, lf_onSignal);
     std::signal(SIGTERM, lf_onSignal);

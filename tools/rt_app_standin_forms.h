@@ -70,12 +70,20 @@ inline std::string gf_trafficLine(std::string_view kind, const scenario::Report&
     return line;
 }
 
+// A parked record, stamped when the aircraft was last seen (the moment of
+// the list when the record doesn't say). The public form names the stand
+// with its airport in front and writes "null" for an unknown callsign or
+// registration.
 inline std::string gf_parkedLine(const scenario::Parked& p, double epoch_s, Form form = Form::today,
                                  std::string_view airport = "EGTK") {
-    const std::string stand =
-        form == Form::public_ ? fmt::format("{}_{}", airport, p.stand) : p.stand;
+    const bool pub = form == Form::public_;
+    const std::string stand = pub ? fmt::format("{}_{}", airport, p.stand) : p.stand;
+    const auto text = [pub](const std::string& t) -> std::string_view {
+        return pub && t.empty() ? "null" : std::string_view(t);
+    };
     return fmt::format("RTPARK,{:x},{:.6f},{:.6f},{},{},{},{},{:.0f}", p.hexid, p.lat, p.lon,
-                       p.callsign, p.model, p.regcode, stand, epoch_s);
+                       text(p.callsign), p.model, text(p.regcode), stand,
+                       p.seen_epoch_s > 0 ? p.seen_epoch_s : epoch_s);
 }
 
 // A datagram channel as rough as a network: each datagram may be lost,

@@ -22,6 +22,7 @@
 
 #include "platform/sockets.h"
 #include "rt_app_standin_forms.h"
+#include "rt_parked.h"
 #include "rt_scenario.h"
 
 namespace tfx::standin {
@@ -48,6 +49,8 @@ struct Config {
     // stops sending and reading for freezeFor_s, then goes on (negative: never).
     double freezeAfter_s = -1;
     double freezeFor_s = 0;
+    // The moment whose parked list a request gets, in epoch seconds; 0: now.
+    double parkedAt_s = 0;
 };
 
 struct Box {
@@ -87,6 +90,9 @@ struct Stats {
 struct App {
     Config config;
     scenario::Scenario scene;
+    // A week of parked aircraft; when it has stays, parked requests are
+    // answered from it instead of the scenario's fixed list.
+    parked::Week week;
     std::atomic<bool> stop{false};
     Stats stats;
     ReportedPositions reported;
@@ -199,11 +205,13 @@ inline void lf_sendHistory(Session& s) {
 }
 
 inline void lf_sendParked(Session& s, const Box& box) {
-    const double epoch = s.epochBase_s + lf_sceneNow(s);
-    for (const auto& p : s.app.scene.parked)
+    const Config& c = s.app.config;
+    const double epoch = c.parkedAt_s > 0 ? c.parkedAt_s : s.epochBase_s + lf_sceneNow(s);
+    const auto list =
+        s.app.week.stays.empty() ? s.app.scene.parked : parked::gf_parkedAt(s.app.week, epoch);
+    for (const auto& p : list)
         if (box.contains(p.lat, p.lon))
-            lf_send(s, s.app.config.trafficPort,
-                    gf_parkedLine(p, epoch, s.app.config.form, s.app.config.airport));
+            lf_send(s, c.trafficPort, gf_parkedLine(p, epoch, c.form, c.airport));
     lf_sendMarker(s, "RTPARK_EOT");
 }
 

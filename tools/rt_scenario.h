@@ -36,6 +36,7 @@ struct Parked {
     std::uint32_t hexid = 0;
     double lat = 0, lon = 0;
     std::string callsign, model, regcode, stand;
+    double seen_epoch_s = 0;  // when the service last saw it; 0: the moment of the list
 };
 
 struct Scenario {

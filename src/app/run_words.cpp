@@ -58,11 +58,14 @@ RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& proble
                                 hasValue ? fmt::format(", not '{}'", argv[i + 1]) : std::string()));
             }
             if (hasValue) ++i;
-        } else if (word == "--record") {
+        } else if (word == "--demo") {
+            words.demo = true;
+        } else if (word == "--record" || word == "--simconnect") {
             if (hasValue && argv[i + 1][0] != '\0') {
-                words.recording = pf_pathFromUtf8(argv[++i]);
+                (word == "--record" ? words.recording : words.simconnectLibrary) =
+                    pf_pathFromUtf8(argv[++i]);
             } else {
-                problems.push_back("--record needs a file name");
+                problems.push_back(fmt::format("{} needs a file name", word));
             }
         } else {
             problems.push_back(fmt::format("unknown word '{}' ignored", argv[i]));
@@ -78,7 +81,10 @@ std::string gf_runWordsUsage() {
            "  --status S        a status line every S seconds (0: none; default 5)\n"
            "  --record FILE     write every position the built-in simulator is sent to FILE\n"
            "  --livery-gaps S   also write output/info/LiveryGaps.txt every S seconds (0: at the\n"
-           "                    end of the traffic only)\n";
+           "                    end of the traffic only)\n"
+           "  --demo            the built-in simulator's demo flight when no SimConnect library\n"
+           "                    is found (on Windows; elsewhere it always answers)\n"
+           "  --simconnect FILE talk to the simulator through this SimConnect library\n";
 }
 
 }  // namespace tfx

@@ -17,6 +17,8 @@ struct RunWords {
     std::int32_t status_s = 5;        // "--status S": seconds between status lines, 0 none
     std::filesystem::path recording;  // "--record FILE": the simulator's positions as CSV
     std::int32_t liveryGaps_s = 0;    // "--livery-gaps S": the livery-gap report every S s
+    bool demo = false;  // "--demo": the built-in simulator when no SimConnect library is found
+    std::filesystem::path simconnectLibrary;  // "--simconnect FILE": this library, not a search
 };
 extern RunWords runWords;
 

@@ -4,9 +4,12 @@
 // Greek on a Western machine), so the Windows half reads the wide forms.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/wide_text.h"
 
 namespace tfx {
 
@@ -17,6 +20,13 @@ std::vector<std::string> pf_commandLineWords(int argc, char** argv);
 
 // An environment variable's value; none when it is unset or empty.
 std::optional<std::string> pf_environmentText(const char* name);
+
+// A path named by an environment variable; none when it is unset or empty.
+inline std::optional<std::filesystem::path> pf_environmentPath(const char* name) {
+    const auto text = pf_environmentText(name);
+    if (!text) return std::nullopt;
+    return pf_pathFromUtf8(*text);
+}
 
 // Sets a variable for this process and the programs it starts; an empty
 // value removes it.

@@ -1,38 +1,39 @@
-// The built-in simulator as the provider of a process that has no other.
+// Which simulator answers the simulator thread's calls: the simulator's own
+// client library, or the built-in simulator.
 #include "sim/sim_provider.h"
 
-#include <filesystem>
 #include <memory>
 #include <mutex>
 
-#include <fmt/format.h>
-
 #include "app/log.h"
-#include "platform/process_inputs.h"
-#include "platform/wide_text.h"
-#include "sim/builtin/builtin_sim.h"
-#include "sim/builtin/installed_titles.h"
+#include "app/run_state.h"
+#include "app/run_words.h"
+#include "sim/builtin/builtin_sim_start.h"
+#include "sim/simconnect_library.h"
 
 namespace tfx {
 namespace {
 
 std::mutex providerLock;
 std::unique_ptr<BuiltinSim> builtinSim;
+std::unique_ptr<SimConnectLibrary> library;
 std::filesystem::path recordingFile;
 
-// Parked at Oxford Kidlington.
-Scenario lf_defaultScenario() {
-    Scenario s;
-    s.default_ground_ft = 270;
-    s.airports.push_back({"EGTK", 51.8369, -1.3200, 270, 2});
-    s.user.path.push_back({0, 51.8369, -1.3200, std::nullopt});
-    return s;
-}
-
-std::filesystem::path lf_scenarioPath() {
-    if (const auto env = pf_environmentText("ZEPT_SIM_SCENARIO")) return pf_pathFromUtf8(*env);
-    if (std::filesystem::exists("sim_scenario.json")) return "sim_scenario.json";
-    return {};
+// The library provider, loaded if it can be; nullptr when the built-in
+// simulator is to answer instead.
+SimConnectApi* lf_libraryProvider() {
+    auto files = gf_simConnectLibraryFiles(runWords.simconnectLibrary, gf_isMSFS2020());
+    if (files.empty()) return nullptr;
+    if (!library)
+        library = std::make_unique<SimConnectLibrary>(std::move(files));
+    else if (!library->loaded())
+        library->setFiles(std::move(files));
+    if (library->load()) return library.get();
+    if (runWords.demo) {
+        gf_logLine("No SimConnect library: the built-in simulator answers (--demo)");
+        return nullptr;
+    }
+    return library.get();  // waits for the library as for the simulator
 }
 
 }  // namespace
@@ -40,29 +41,11 @@ std::filesystem::path lf_scenarioPath() {
 bool gf_selectSimProvider() {
     std::lock_guard lock(providerLock);
     if (gf_simConnectApi() != nullptr) return false;
-    if (!builtinSim) {
-        builtinSim = std::make_unique<BuiltinSim>();
-        builtinSim->setRecordingLimit(0);
-        if (!recordingFile.empty()) builtinSim->startRecordingFile(recordingFile);
-        // What is installed, as the simulator finds it; a scenario that lists
-        // titles of its own replaces these.
-        if (const auto packages = gf_simPackagesFolder()) {
-            auto titles = gf_readInstalledTitles(*packages);
-            gf_logLine(fmt::format("Built-in simulator: {} installed titles in {}", titles.size(),
-                                   packages->string()));
-            builtinSim->setKnownTitles(std::move(titles));
-        }
-        const std::filesystem::path path = lf_scenarioPath();
-        if (path.empty() || !builtinSim->loadScenario(path)) {
-            builtinSim->setScenario(lf_defaultScenario());
-            gf_logLine("Built-in simulator: default flight at EGTK");
-        } else {
-            gf_logLine(fmt::format("Built-in simulator: scenario {}", path.string()));
-        }
-        builtinSim->startThread();
-        builtinSim->run();
-        builtinSim->loadFlight();
+    if (SimConnectApi* api = lf_libraryProvider()) {
+        gf_setSimConnectApi(api);
+        return true;
     }
+    if (!builtinSim) builtinSim = gf_startBuiltinSim(recordingFile);
     gf_setSimConnectApi(builtinSim.get());
     return true;
 }
@@ -79,7 +62,9 @@ void gf_endSimProvider() {
 
 void gf_releaseSimProvider() {
     std::lock_guard lock(providerLock);
-    if (builtinSim && gf_simConnectApi() == builtinSim.get()) gf_setSimConnectApi(nullptr);
+    SimConnectApi* api = gf_simConnectApi();
+    if (api != nullptr && (api == builtinSim.get() || api == library.get()))
+        gf_setSimConnectApi(nullptr);
 }
 
 }  // namespace tfx

@@ -1,5 +1,10 @@
-// Which simulator answers the simulator thread's calls. On this platform it
-// is the built-in simulator; tests install their own provider first.
+// Which simulator answers the simulator thread's calls. On Windows it is the
+// simulator's client library, SimConnect.dll, looked for beside the program
+// and in the simulator's SDK (simconnect_library.h); when none is found, ZEPT
+// waits for it as for the simulator, unless the run word "--demo" asks for
+// the built-in simulator instead. Elsewhere the built-in simulator answers,
+// unless "--simconnect FILE" names a library to load. Tests install their
+// own provider first.
 #pragma once
 
 #include <filesystem>
@@ -10,15 +15,13 @@ namespace tfx {
 // is sent to this CSV file (nothing is kept in memory, so long runs stay flat).
 void gf_setSimRecording(const std::filesystem::path& file);
 
-// When no provider is set: installs the built-in simulator, made at the first
-// call from the scenario file named by ZEPT_SIM_SCENARIO, else
-// "sim_scenario.json" in the working folder, else a flight parked at Oxford
-// Kidlington; its thread started, running, the flight loaded. The simulator
-// lives for the process, as a real one outlives a session. True when it was
-// installed by this call.
+// When no provider is set: installs the library or the built-in simulator
+// (builtin/builtin_sim_start.h), each made at the first call and kept for
+// the process, as a real simulator outlives a session. True when a provider
+// was installed by this call.
 bool gf_selectSimProvider();
-// Takes the built-in simulator out again (the end of the thread that
-// installed it), so that nothing calls it between sessions.
+// Takes the provider out again (the end of the thread that installed it),
+// so that nothing calls it between sessions.
 void gf_releaseSimProvider();
 // At the end of the process: the recording file is closed and named.
 void gf_endSimProvider();

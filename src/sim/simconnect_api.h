@@ -4,12 +4,13 @@
 // SimConnect client and does not know which provider answers.
 //
 // A provider implements SimConnectApi; the free functions at the bottom
-// forward to the provider set with gf_setSimConnectApi. Today's provider is
-// the built-in simulator (builtin/builtin_sim.h); one for the real simulator wraps the
-// Windows library behind the same struct.
+// forward to the provider set with gf_setSimConnectApi: the built-in
+// simulator (builtin/builtin_sim.h), or the simulator's own client library
+// loaded at run time (simconnect_library.h).
 //
-// Types are our own, laid out like the simulator's records, so a provider for
-// the real library can hand its records through unchanged.
+// Types are our own, laid out like the simulator's records (simconnect_layouts.h
+// holds them to the documentation), so the library's records pass through
+// unchanged.
 #pragma once
 
 #include <cstdint>
@@ -79,8 +80,8 @@ enum SIMCONNECT_RECV_ID : DWORD {
     SIMCONNECT_RECV_ID_SIMOBJECT_DATA = 8,
     SIMCONNECT_RECV_ID_SIMOBJECT_DATA_BYTYPE = 9,
     SIMCONNECT_RECV_ID_ASSIGNED_OBJECT_ID = 12,
-    SIMCONNECT_RECV_ID_FACILITY_DATA = 28,
-    SIMCONNECT_RECV_ID_FACILITY_DATA_END = 29,
+    SIMCONNECT_RECV_ID_FACILITY_DATA = 29,  // 28 is EVENT_EX1
+    SIMCONNECT_RECV_ID_FACILITY_DATA_END = 30,
 };
 
 enum SIMCONNECT_DATATYPE : DWORD {

@@ -4,7 +4,8 @@
 Usage: check_run.py PROGRAM_FOLDER CONSOLE.txt SCENARIO.csv [REPORTED.csv]
 
 PROGRAM_FOLDER holds Log.txt and motion.csv (the built-in simulator's
-recording); CONSOLE.txt is what the program printed; SCENARIO.csv the traffic
+recording; SimLog.txt, when there, is the log of a simulator that ran
+behind the SimConnect library); CONSOLE.txt is what the program printed; SCENARIO.csv the traffic
 the stand-in application played; REPORTED.csv the user positions the stand-in
 application was sent. Prints the figures it checked and exits 1 when a check
 fails.
@@ -49,6 +50,10 @@ def read_recording(path):
     objects = {}
     with open(path, encoding="utf-8") as f:
         for row in csv.DictReader(f):
+            # Positions the program sent; appearances, removals and the user
+            # aircraft's own track are lines of other kinds.
+            if (row.get("kind") or "set") != "set":
+                continue
             objects.setdefault(int(row["object_id"]), []).append({
                 "t": int(row["time_ms"]), "lat": float(row["lat_deg"]),
                 "lon": float(row["lon_deg"]), "alt": float(row["alt_ft"]),
@@ -170,7 +175,11 @@ def main():
         check(line in log, f"the log has the closing line \"{line}\"")
     check(log.rfind(CLOSING_LINES[-1]) > log.rfind(CLOSING_LINES[1]),
           "the closing lines come in order")
-    check("Recorded positions written to motion.csv" in log, "the recording was completed")
+    try:
+        sim_log = open(f"{folder}/SimLog.txt", encoding="utf-8", errors="replace").read()
+    except OSError:
+        sim_log = log
+    check("Recorded positions written to motion.csv" in sim_log, "the recording was completed")
 
     if failures:
         print(f"{len(failures)} check(s) failed")

@@ -3,10 +3,15 @@
 # built-in simulator, then checks what it left behind: aircraft created,
 # moving within bounds, removed when their reports stopped, and a clean close
 # on Ctrl-C.
-#   tests/e2e/run_e2e.sh BUILD_DIR
+#   tests/e2e/run_e2e.sh BUILD_DIR [--simconnect]
+# With --simconnect the built-in simulator answers from behind the C functions
+# of the simulator's client library: ZEPT loads the facade library
+# SimConnect.so from its program folder, as it loads SimConnect.dll on a
+# user's machine, and the simulator writes its own recording and log.
 set -euo pipefail
 src="$(cd "$(dirname "$0")/../.." && pwd)"
 build="$(cd "$1" && pwd)"
+via_library="${2:-}"
 work="$(mktemp -d /tmp/zept_e2e.XXXXXX)"
 standin_pid=""
 zept_pid=""
@@ -57,7 +62,14 @@ mkdir -p "$work/data"
 standin_pid=$!
 
 cd "$work/program"
-XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 --record motion.csv --duration 400 \
+if [ "$via_library" = --simconnect ]; then
+  cp "$build/facade/SimConnect.so" "$work/program/SimConnect.so"
+  simulator=(--simconnect "$work/program/SimConnect.so")
+  export ZEPT_SIM_RECORD=motion.csv ZEPT_SIM_LOG=SimLog.txt
+else
+  simulator=(--record motion.csv)
+fi
+XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 "${simulator[@]}" --duration 400 \
   >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
@@ -103,6 +115,12 @@ head -1 "$work/standin.txt"
 
 if ! python3 "$src/tests/e2e/check_run.py" "$work/program" "$work/console.txt" \
      "$src/data/rt_scenario_egtk.csv" "$work/reported.csv"; then
+  keep=1
+  exit 1
+fi
+if [ "$via_library" = --simconnect ] &&
+   ! grep -qF "SimConnect library loaded: $work/program/SimConnect.so" "$work/program/Log.txt"; then
+  echo "FAIL  the log names the SimConnect library that was loaded"
   keep=1
   exit 1
 fi

@@ -116,7 +116,7 @@ standin_pid=$!
 # A file name outside any single code page: the command line must reach
 # the program as it was typed.
 recording="motion Jörg ✈ Ωμέγα.csv"
-"$wine_run" zept.exe --rt-app --status 2 --duration 240 --record "$recording" \
+"$wine_run" zept.exe --rt-app --demo --status 2 --duration 240 --record "$recording" \
   >"$work/console.txt" 2>&1 &
 zept_pid=$!
 

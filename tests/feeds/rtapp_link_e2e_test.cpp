@@ -11,6 +11,8 @@
 #include <thread>
 
 #include "../../tools/rt_app_standin_lib.h"
+#include "airports/airport_file_io.h"
+#include "airports/xml_text.h"
 #include "app/exit_request.h"
 #include "app/options.h"
 #include "app/parameters.h"
@@ -141,6 +143,8 @@ protected:
                            std::function<void(standin::Config&)> adjust = {}) {
         auto app = std::make_unique<standin::App>();
         app->scene = scene_;
+        app->week = week_;
+        if (!week_.airport.empty()) app->config.airport = week_.airport;
         app->config.tcpPort = gf_portNumber(rtAppEndpoints.tcpPort);
         app->config.trafficPort = rtAppEndpoints.trafficPort;
         app->config.weatherPort = rtAppEndpoints.weatherPort;
@@ -155,6 +159,7 @@ protected:
         appThreads.emplace_back([&ref] { standin::gf_runStandin(ref); });
         return ref;
     }
+    void checkPhnlParked(standin::Form form);
     std::vector<Handed> handedSoFar() {
         std::lock_guard lock(handedLock);
         return handed;
@@ -162,6 +167,7 @@ protected:
 
     test::TempWorkdir dir;
     scenario::Scenario scene_;
+    parked::Week week_;
     std::vector<std::unique_ptr<standin::App>> apps;
     std::vector<std::thread> appThreads;
 };
@@ -429,6 +435,69 @@ TEST_F(RtAppRoad, ANewConnectionReplacesAFrozenOne) {
         4s));
     EXPECT_GE(woken.stats.versionQuestions.load(), 1);
     frozen.join();
+}
+
+// The parked lists of PHNL at one moment, drawn from the week the airport
+// file was made from: each aircraft standing then reaches the reader, its
+// stand named as in the airport file; most agree with the file, and some
+// stand elsewhere, are other airframes, or have already left, as with the
+// real service.
+void RtAppRoad::checkPhnlParked(standin::Form form) {
+    constexpr double AT = 1732716000;  // Wednesday 27 November 2024, 14:00Z: day 3, hh 28
+    const std::string source(ZEPT_SOURCE_DIR);
+    const auto week = parked::gf_readParkedWeek(source + "/data/parked/PHNL.csv");
+    ASSERT_TRUE(week && week->airport == "PHNL");
+    const auto expected = parked::gf_parkedAt(*week, AT);
+    ASSERT_GT(expected.size(), 15u);
+
+    UserData user;
+    user.lat = 21.319376;
+    user.lon = -157.921281;
+    user.alt = user.indicatedAlt = 13;
+    gf_storeUserData(user);
+    parkAirport.icao = 0x50484E4C;  // PHNL
+    parkAirport.lat = user.lat;
+    parkAirport.lon = user.lon;
+    parkAirport.alt_ft = 13;
+    rtAppTiming.bufferPolls = 2;  // no live traffic near PHNL in this scenario
+    rtAppTiming.firstTrafficPolls = 2;
+    week_ = *week;
+    startApp(false, false, [&](standin::Config& c) {
+        if (form == standin::Form::public_) standin::gf_usePublicForm(c);
+        c.parkedAt_s = AT;
+    });
+    ASSERT_TRUE(lf_startRTAppFeeds());
+    const auto parked = gf_takeParkedList(trafficReaderState);
+    ASSERT_EQ(parked.size(), expected.size());
+
+    pugi::xml_document document;
+    ASSERT_FALSE(gf_parseXmlText(
+        *gf_readWholeFile(source + "/data/airports/archive/stock/PHNL.xml"), document));
+    const auto stands = gf_readParkpositions(gf_apfRoot(document).child("parkpositions"), 1);
+    std::size_t agree = 0, noRegcode = 0;
+    for (const ParkedMessage& p : parked) {
+        const auto e = std::find_if(expected.begin(), expected.end(),
+                                    [&](const auto& x) { return x.hexid == p.hexid; });
+        ASSERT_NE(e, expected.end()) << p.hexid;
+        EXPECT_EQ(p.stand, e->stand);
+        EXPECT_EQ(p.regcode, e->regcode);
+        EXPECT_EQ(p.hh, static_cast<std::int32_t>(gf_halfHourOf(std::llround(e->seen_epoch_s)).hh));
+        noRegcode += p.regcode.empty();
+        for (const Stand& s : stands)
+            for (const StandOption& o : s.options)
+                agree +=
+                    s.id == p.stand && o.reg == p.regcode && o.day == 3 && (o.hours >> 28 & 1) != 0;
+    }
+    EXPECT_GT(agree, parked.size() / 2);
+    EXPECT_LT(agree + noRegcode, parked.size()) << "some disagree with the file";
+}
+
+TEST_F(RtAppRoad, PhnlParkedListInTheMarkerForm) {
+    checkPhnlParked(standin::Form::today);
+}
+
+TEST_F(RtAppRoad, PhnlParkedListInThePublicForm) {
+    checkPhnlParked(standin::Form::public_);
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ struct SimObjectView {
     double throttle1_pct = 0, throttle2_pct = 0;
     bool enginesRunning = false;
     std::string flightPlan;
+    double pitch_deg = 0, bank_deg = 0;  // negative: nose up, right wing down
 };
 
 class BuiltinSim final : public SimConnectApi {

@@ -227,6 +227,9 @@ void BuiltinSim::runFrame() {
     if (secondBoundary) {
         while (world_.nextSecond_us <= world_.now_us) world_.nextSecond_us += kSecond_us;
         bsim::gf_notify(world_, SystemEvent::OneSecond, 0);
+        if (world_.flightLoaded)
+            bsim::gf_recordFileLine(world_.recorder, RecordKind::user,
+                                    bsim::gf_recordedNow(world_, bsim::gf_userAircraft(world_)));
     }
     bsim::gf_servePeriodicRequests(world_, secondBoundary);
     bsim::gf_notifyFrame(world_);
@@ -342,7 +345,8 @@ std::optional<SimObjectView> BuiltinSim::object(std::uint32_t objectId) const {
         o.released,        o.freezeLatLon,   o.freezeAltitude,
         o.freezeAttitude,  o.lightsMask,     o.gearDown,
         o.flaps_pct,       o.spoilers_pct,   o.throttle_pct[0],
-        o.throttle_pct[1], o.enginesRunning, o.flightPlan};
+        o.throttle_pct[1], o.enginesRunning, o.flightPlan,
+        o.pitch_deg,       o.bank_deg};
 }
 
 std::vector<std::uint32_t> BuiltinSim::aiObjectIds() const {

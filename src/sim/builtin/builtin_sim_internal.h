@@ -61,6 +61,12 @@ void gf_freeObjectId(SimWorld& world, DWORD objectId);
 // A simulator that starts again numbers its objects from the start.
 void gf_restartNumbering(SimWorld& world);
 
+// An object's state now, as the recording keeps it.
+inline RecordedPosition gf_recordedNow(const SimWorld& world, const SimObject& o) {
+    return {world.now_us / 1000, o.objectId,    o.lat_deg, o.lon_deg, o.alt_ft,  o.pitch_deg,
+            o.bank_deg,          o.heading_deg, o.vs_fpm,  o.tas_kt,  o.released};
+}
+
 // ---- lookups (builtin_sim_objects.cpp) ----
 SimObject& gf_userAircraft(SimWorld& world);
 // The object an identifier names; 0 is the user aircraft. nullptr if none.

@@ -91,6 +91,8 @@ void lf_create(SimWorld& world, const bsim::PendingCreate& create) {
     }
     SimObject o = lf_newObject(world, create, *known);
     const DWORD objectId = o.objectId;
+    bsim::gf_recordFileLine(world.recorder, RecordKind::create, bsim::gf_recordedNow(world, o),
+                            o.atcId);
     world.objects.emplace(objectId, std::move(o));
     bsim::gf_notifyObject(world, bsim::SystemEvent::ObjectAdded, objectId);
     auto* r = bsim::gf_newRecordOf<SIMCONNECT_RECV_ASSIGNED_OBJECT_ID>(
@@ -228,7 +230,10 @@ void gf_steerAiObjects(SimWorld& world, double dt_s) {
 }
 
 void gf_removeObject(SimWorld& world, DWORD objectId) {
-    if (world.objects.erase(objectId) == 0) return;
+    const auto it = world.objects.find(objectId);
+    if (it == world.objects.end()) return;
+    gf_recordFileLine(world.recorder, RecordKind::remove, gf_recordedNow(world, it->second));
+    world.objects.erase(it);
     gf_freeObjectId(world, objectId);
     gf_notifyObject(world, SystemEvent::ObjectRemoved, objectId);
 }

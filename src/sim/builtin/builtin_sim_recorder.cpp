@@ -13,14 +13,23 @@ namespace tfx {
 
 namespace {
 
+// Readers that know only the first eleven columns read every line as a
+// position; newer ones look at "kind".
 constexpr const char* CSV_HEADER =
     "time_ms,object_id,lat_deg,lon_deg,alt_ft,pitch_deg,bank_deg,heading_deg,vs_fpm,tas_kt,"
-    "released\n";
+    "released,kind,tail\n";
 
-std::string lf_csvLine(const RecordedPosition& p) {
-    return fmt::format("{},{},{:.7f},{:.7f},{:.2f},{:.3f},{:.3f},{:.3f},{:.1f},{:.1f},{}\n",
+constexpr std::string_view KIND_NAMES[] = {"set", "create", "remove", "user"};
+
+std::string lf_csvLine(const RecordedPosition& p, RecordKind kind = RecordKind::set,
+                       std::string_view tail = {}) {
+    std::string cleanTail(tail);
+    for (char& c : cleanTail)
+        if (c == ',' || c == '\n' || c == '\r') c = ' ';
+    return fmt::format("{},{},{:.7f},{:.7f},{:.2f},{:.3f},{:.3f},{:.3f},{:.1f},{:.1f},{},{},{}\n",
                        p.time_ms, p.object_id, p.lat_deg, p.lon_deg, p.alt_ft, p.pitch_deg,
-                       p.bank_deg, p.heading_deg, p.vs_fpm, p.tas_kt, p.released ? 1 : 0);
+                       p.bank_deg, p.heading_deg, p.vs_fpm, p.tas_kt, p.released ? 1 : 0,
+                       KIND_NAMES[static_cast<std::size_t>(kind)], cleanTail);
 }
 
 }  // namespace
@@ -69,6 +78,11 @@ void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& posit
         return;
     }
     recorder.positions.push_back(position);
+}
+
+void gf_recordFileLine(PositionRecorder& recorder, RecordKind kind,
+                       const RecordedPosition& position, std::string_view tail) {
+    if (recorder.csv != nullptr) std::fputs(lf_csvLine(position, kind, tail).c_str(), recorder.csv);
 }
 
 void gf_countEvent(PositionRecorder& recorder, std::uint32_t objectId, std::string_view event) {

@@ -2,6 +2,9 @@
 // with the simulator's time, and the client events each object received.
 // Tests and plots check motion against it. The positions are kept in memory
 // (up to a limit) and, for long runs, can go straight to a CSV file instead.
+// The file also tells what the plots of a run need beyond that: where each
+// AI object appeared (static aircraft are never moved after) and when it
+// went, and where the user aircraft was, once a second.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +27,14 @@ struct RecordedPosition {
     bool released = false;  // the simulator's AI had given the object up
 };
 
+// The kind of a line of the recording file, in its column "kind".
+enum class RecordKind : std::uint8_t {
+    set,     // a position the client sent (the only kind kept in memory)
+    create,  // an AI object appeared here; "tail" holds its tail number
+    remove,  // an AI object went, last seen here
+    user,    // the user aircraft, where its script has it
+};
+
 struct PositionRecorder {
     std::vector<RecordedPosition> positions;
     std::size_t limit = 1'000'000;  // further positions are dropped (logged once); 0: off
@@ -39,6 +50,9 @@ struct PositionRecorder {
 namespace bsim {
 void gf_recordPosition(PositionRecorder& recorder, const RecordedPosition& position);
 void gf_countEvent(PositionRecorder& recorder, std::uint32_t objectId, std::string_view event);
+// A line of the open file only (nothing while no file is open).
+void gf_recordFileLine(PositionRecorder& recorder, RecordKind kind,
+                       const RecordedPosition& position, std::string_view tail = {});
 // false (logged) when the file can't be made; a file already open is closed first.
 bool gf_openRecordingFile(PositionRecorder& recorder, const std::filesystem::path& path);
 // Closes the file and gives it its name; false (logged) when that fails.

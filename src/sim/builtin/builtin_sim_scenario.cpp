@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/log.h"
+#include "sim/builtin/builtin_sim_places.h"
 
 namespace tfx {
 
@@ -69,6 +70,14 @@ void lf_readAirports(const json& list, std::string_view source, Scenario& out) {
         }
         ScenarioAirport a;
         a.icao = lf_text(item, "icao", "", where);
+        if (!a.icao.empty() && !item.contains("lat") && !item.contains("lon") &&
+            !item.contains("elevation_ft")) {
+            a.fromCatalogue = true;  // placed from the airport catalogue
+            if (const auto radius = lf_number(item, "radius_nm", 3.0, where); radius && *radius > 0)
+                a.radius_nm = *radius;
+            out.airports.push_back(std::move(a));
+            continue;
+        }
         const auto lat = lf_number(item, "lat", std::nullopt, where);
         const auto lon = lf_number(item, "lon", std::nullopt, where);
         const auto elevation = lf_number(item, "elevation_ft", std::nullopt, where);
@@ -115,39 +124,6 @@ void lf_readInstalled(const json& list, std::string_view source, Scenario& out) 
     }
 }
 
-void lf_readPath(const json& list, std::string_view where, UserScenario& user) {
-    if (!list.is_array()) {
-        gf_logError(fmt::format("{}: \"path\" is not a list", where));
-        return;
-    }
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        const std::string at = fmt::format("{} path point {}", where, i + 1);
-        const json& item = list[i];
-        if (!item.is_object()) {
-            gf_logError(fmt::format("{} is not an object, skipped", at));
-            continue;
-        }
-        const auto t = lf_number(item, "t_s", std::nullopt, at);
-        const auto lat = lf_number(item, "lat", std::nullopt, at);
-        const auto lon = lf_number(item, "lon", std::nullopt, at);
-        if (!t || !lf_validPosition(lat, lon)) {
-            gf_logError(fmt::format("{} needs t_s, lat and lon, skipped", at));
-            continue;
-        }
-        if (!user.path.empty() && *t <= user.path.back().t_s) {
-            gf_logError(fmt::format("{}: t_s {} does not follow {}, skipped", at, *t,
-                                    user.path.back().t_s));
-            continue;
-        }
-        PathPoint p{*t, *lat, *lon, std::nullopt};
-        if (item.contains("alt_ft")) {
-            p.alt_ft = lf_number(item, "alt_ft", std::nullopt, at);
-            if (!p.alt_ft) continue;
-        }
-        user.path.push_back(p);
-    }
-}
-
 bool lf_readUser(const json& item, std::string_view source, UserScenario& user) {
     const std::string where = fmt::format("{}: user", source);
     if (!item.is_object()) {
@@ -176,7 +152,11 @@ bool lf_readUser(const json& item, std::string_view source, UserScenario& user) 
             gf_logError(fmt::format("{}: \"loop\" is not true or false, ignored", where));
         }
     }
-    if (const auto it = item.find("parked"); it != item.end()) {
+    if (const auto it = item.find("parked"); it != item.end() && it->contains("stand")) {
+        const std::string airport = lf_text(*it, "airport", "", where);
+        const std::string stand = lf_text(*it, "stand", "", where);
+        if (!airport.empty() && !stand.empty()) user.parkedStand = StandRef{airport, stand};
+    } else if (it != item.end()) {
         const auto lat =
             it->is_object() ? lf_number(*it, "lat", std::nullopt, where) : std::nullopt;
         const auto lon =
@@ -188,12 +168,23 @@ bool lf_readUser(const json& item, std::string_view source, UserScenario& user) 
             user.heading_deg = *heading;
         }
     } else if (const auto path = item.find("path"); path != item.end()) {
-        lf_readPath(*path, where, user);
+        if (path->is_array()) {
+            gf_readPathPoints(*path, where, user.path);
+        } else {
+            gf_logError(fmt::format("{}: \"path\" is not a list", where));
+        }
+    } else {
+        user.pathFile = lf_text(item, "path_file", "", where);
     }
+    return true;
+}
+
+bool lf_userPlaced(const UserScenario& user, std::string_view source) {
+    const std::string where = fmt::format("{}: user", source);
     if (user.path.empty()) {
         gf_logError(
-            fmt::format("{} needs \"parked\" with lat and lon or a \"path\" with at "
-                        "least one good point",
+            fmt::format("{} needs \"parked\" with lat and lon or a stand, or a \"path\" "
+                        "or \"path_file\" with at least one good point",
                         where));
         return false;
     }
@@ -275,7 +266,8 @@ std::optional<std::int64_t> gf_parseUtcText(std::string_view text) {
            h * 3600 + mi * 60 + s;
 }
 
-std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::string_view source) {
+std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::string_view source,
+                                            const std::filesystem::path& baseDir) {
     const json root = json::parse(jsonText.begin(), jsonText.end(), nullptr, false);
     if (root.is_discarded() || !root.is_object()) {
         gf_logError(fmt::format("{}: not a JSON object, scenario refused", source));
@@ -299,13 +291,15 @@ std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::stri
         out.default_ground_ft = *ground;
     }
     if (root.contains("airports")) lf_readAirports(root["airports"], source, out);
+    out.scenery = lf_text(root, "scenery", "", source);
     if (root.contains("installed")) lf_readInstalled(root["installed"], source, out);
     if (root.contains("rough")) lf_readRough(root["rough"], source, out.rough);
     if (!root.contains("user")) {
         gf_logError(fmt::format("{}: no \"user\" aircraft, scenario refused", source));
         return std::nullopt;
     }
-    if (!lf_readUser(root["user"], source, out.user)) {
+    if (!lf_readUser(root["user"], source, out.user) ||
+        !gf_placeScenarioNames(out, baseDir, source) || !lf_userPlaced(out.user, source)) {
         gf_logError(fmt::format("{}: scenario refused", source));
         return std::nullopt;
     }
@@ -319,7 +313,7 @@ std::optional<Scenario> gf_readSimScenario(const std::filesystem::path& path) {
         return std::nullopt;
     }
     const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    return gf_parseSimScenario(text, path.filename().string());
+    return gf_parseSimScenario(text, path.filename().string(), path.parent_path());
 }
 
 }  // namespace tfx

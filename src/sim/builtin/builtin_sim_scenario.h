@@ -8,7 +8,13 @@
 //     "airports": [                            // flat at field elevation within
 //       { "icao": "EGTK", "lat": 51.8369,      // radius_nm (default 3), blending
 //         "lon": -1.32, "elevation_ft": 270,   // to default_ground_ft over one
-//         "radius_nm": 3 } ],                  // more radius
+//         "radius_nm": 3 },                    // more radius
+//       { "icao": "PHNL" } ],                  // named only: place and field
+//                                              // elevation from the airport
+//                                              // catalogue
+//     "scenery": "airports/archive/stock",     // folder of <ICAO>.xml airport
+//                                              // files: the stands the simulator
+//                                              // knows (relative to this file)
 //     "installed": [                           // titles an AI create may use;
 //       "Plain Title",                         // a bare text has no model
 //       { "title": "Airbus A320 Neo Asobo", "model": "A20N",
@@ -20,11 +26,18 @@
 //       "lights_mask": 3,
 //       "heading_deg": 10,                    // while standing with no course
 //       "parked": { "lat": 51.8365, "lon": -1.3218, "heading_deg": 190 }
+//       // or on a stand of the scenery, its position and heading:
+//       // "parked": { "airport": "PHNL", "stand": "T2-G7" }
 //       // or, instead of "parked", a timed path in seconds of flight time;
-//       // a point without "alt_ft" is on the ground:
+//       // a point without "alt_ft" (true altitude) is on the ground, and
+//       // "back": true drives the leg to the point backwards (a pushback):
 //       // "path": [ { "t_s": 0, "lat": .., "lon": .. },
 //       //           { "t_s": 90, "lat": .., "lon": .., "alt_ft": 1500 } ],
 //       // "loop": false                       // start over after the last point
+//       // or the path in a file of its own (relative to this file):
+//       // "path_file": "user_path.json"  ->  { "airports": ["PHNL", "PHOG"],
+//       //     "heading_deg": 0, "loop": false, "points": [..] }
+//       // whose airports join the scenario's, named only.
 //     },
 //     "rough": {                               // how the simulator misbehaves;
 //       "seed": 7,                             // every field has a rough default,
@@ -40,7 +53,9 @@
 //   }
 //
 // Every field has a default; a bad entry is logged and skipped, a file that
-// leaves the user aircraft without a position is refused.
+// leaves the user aircraft without a position is refused, and so is one whose
+// stand or path file can't be used; a named-only airport the catalogue
+// doesn't know is logged and left out.
 #pragma once
 
 #include <cstdint>
@@ -64,12 +79,19 @@ struct ScenarioAirport {
     double lat_deg = 0, lon_deg = 0;
     double elevation_ft = 0;
     double radius_nm = 3;
+    bool fromCatalogue = false;  // named only: place and elevation still to look up
 };
 
 struct PathPoint {
     double t_s = 0;  // seconds of flight time
     double lat_deg = 0, lon_deg = 0;
-    std::optional<double> alt_ft;  // none: on the ground
+    std::optional<double> alt_ft;  // true altitude; none: on the ground
+    bool backwards = false;        // the leg to this point is driven backwards
+};
+
+// A stand of an airport file of the scenery, by name.
+struct StandRef {
+    std::string airport, stand;
 };
 
 struct UserScenario {
@@ -83,6 +105,8 @@ struct UserScenario {
     double heading_deg = 0;           // while standing with no course
     std::vector<PathPoint> path;      // one point: parked there
     bool loop = false;
+    std::optional<StandRef> parkedStand;  // still to be placed from the scenery
+    std::string pathFile;                 // still to be read
 };
 
 // The real simulator's habits that a client must live with. The defaults are
@@ -117,6 +141,7 @@ struct Scenario {
     std::int64_t start_utc_s = 1717243200;  // 2024-06-01 12:00:00Z
     double default_ground_ft = 0;
     std::vector<ScenarioAirport> airports;
+    std::filesystem::path scenery;  // folder of airport files, for stands
     std::vector<KnownTitle> installed;
     UserScenario user;
     SimRoughness rough;
@@ -124,8 +149,10 @@ struct Scenario {
 
 // Reads a scenario file; nullopt (logged) when it can't be used.
 std::optional<Scenario> gf_readSimScenario(const std::filesystem::path& path);
-// The same from text; source names the text in log lines.
-std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::string_view source);
+// The same from text; source names the text in log lines, and relative
+// names of files in it are taken from baseDir.
+std::optional<Scenario> gf_parseSimScenario(std::string_view jsonText, std::string_view source,
+                                            const std::filesystem::path& baseDir = {});
 
 // "2024-06-01T12:00:00Z" -> seconds since the epoch; nullopt when malformed.
 std::optional<std::int64_t> gf_parseUtcText(std::string_view text);

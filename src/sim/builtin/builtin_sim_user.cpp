@@ -37,9 +37,12 @@ void lf_standStill(SimObject& u, const Fix& at, double heading_deg) {
     u.bank_deg = 0;
 }
 
+// The heading on the leg from a to b: its bearing, or the reverse on a leg
+// driven backwards (pushed back by a tug).
 double lf_bearing(const PathPoint& a, const PathPoint& b, double fallback_deg) {
     if (gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) < 1e-6) return fallback_deg;
-    return gf_initialBearingDeg(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg);
+    const double bearing_deg = gf_initialBearingDeg(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg);
+    return b.backwards ? std::fmod(bearing_deg + 180, 360.0) : bearing_deg;
 }
 
 // The bank of a coordinated turn from this leg's heading to the next one's,
@@ -124,7 +127,8 @@ void gf_placeUserAircraft(SimWorld& world) {
     const bool onGround = fa.onGround && fb.onGround;
     u.alt_ft = onGround ? gf_groundAltitudeFt(sc, u.lat_deg, u.lon_deg) + u.staticCg_ft
                         : fa.alt_ft + f * (fb.alt_ft - fa.alt_ft);
-    u.heading_deg = u.track_deg = lf_bearing(a, b, u.heading_deg);
+    u.heading_deg = lf_bearing(a, b, u.heading_deg);
+    u.track_deg = b.backwards ? std::fmod(u.heading_deg + 180, 360.0) : u.heading_deg;
     u.gs_kt = u.tas_kt =
         gf_greatCircleNm(a.lat_deg, a.lon_deg, b.lat_deg, b.lon_deg) / (dt_s / 3600.0);
     u.vs_fpm = onGround ? 0 : (fb.alt_ft - fa.alt_ft) / (dt_s / 60.0);
