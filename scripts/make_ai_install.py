@@ -77,6 +77,7 @@ def read_dbase():
         "models": codes("aircrafts", "types"),
         "airlines": codes("ICAO_airlines", "codes"),
         "heavy": codes("heavy", "types"),
+        "similar": [set(e.get("types", "").split(",")) - {""} for e in root.find("similar_types")],
         "fixes": {e.get("wro"): e.get("cor") for e in root.find("fixes")},
         "regs": {e.get("r") for e in root.find("dbase")},
     }
@@ -94,12 +95,14 @@ class Tree:
         self.out, self.size = out, SIZES[size]
         self.small = size == "small"
         self.rng = random.Random(seed)
+        self.seed = seed
         self.db = read_dbase()
         self.reports = {k: [] for k in ["InvalidAirlineCodes.txt", "InvalidAircraftCodes.txt", "Fixes.txt",
                                         "InvalidAircraftCfgFiles.txt", "IncompleFltsimSections.txt",
                                         "AircraftCfgWithNoFltsimSection.txt"]}
         self.log_lines, self.present, self.absent = [], [], []
         self.titles = set()
+        self.made_pairs = set()  # (airline, model) of every livery the scan keeps
         self.pending_faults = [f for f, _ in SECTION_FAULTS] if self.small else []
         self.files = 0
         self.liveries = 0
@@ -166,10 +169,10 @@ class Tree:
                 self.used_regs.add(reg)
                 return reg
 
-    def section(self, number, row, model, prefix, cfg, head_case, extra_title=""):
+    def section(self, number, row, model, prefix, cfg, head_case, extra_title="", clean=False):
         """Lines of one [FLTSIM.N] section and what the scan must make of it."""
         head = f"[{head_case}.{number}]"
-        fault = self.pick_fault()
+        fault = None if clean else self.pick_fault()
         reg, airline = row["reg"], row["airline"]
         if fault in ("missing_airline", "empty_airline", "invalid_airline"):
             reg = self.unknown_reg()
@@ -256,6 +259,7 @@ class Tree:
             self.present.append(dict(made, rank=self.rank, known_reg=reg_known(made["regcode"], self.db)))
         if made is not None:
             self.liveries += 1
+            self.made_pairs.add((made["airline"], model))
         return lines
 
     # -- files ------------------------------------------------------------
@@ -304,6 +308,39 @@ class Tree:
                         {"reg": "G-ZD%c%c" % (65 + n // 26, 65 + n % 26), "airline": "PVT", "model": model,
                          "cargo": False})
         return rows
+
+    def demo_fleet(self):
+        """A livery from the airline's own real fleet for every airline and
+        model the demo traffic flies that the tree has neither of nor of a
+        similar model: at the default depth the ladder takes nothing of
+        another airline for a Large or Heavy model. The demo aircraft's own
+        registration is left out, so that the airline's step is what finds
+        it. Drawn from its own random stream, so that the rest of the tree
+        stays as the seed makes it."""
+        pairs = {}
+        with open(DEMO_TRAFFIC, encoding="utf-8") as f:
+            for line in f:
+                fields = line.rstrip("\n").split(",")
+                if fields[0] == "T" and len(fields) > 14 and fields[14] in self.db["airlines"]:
+                    pairs.setdefault((fields[14], fields[10]), set()).add(fields[11])
+        near = lambda model: set().union(*(g for g in self.db["similar"] if model in g), {model})
+        chosen = []
+        rng = random.Random(f"{self.seed} demo fleet")
+        for (airline, model), regs in sorted(pairs.items()):
+            if any((airline, m) in self.made_pairs for m in near(model)):
+                continue
+            fleet = [r for r in self.rows if r["airline"] == airline and r["reg"] not in regs]
+            same = [r for r in fleet if r["model"] == model]
+            similar = sorted((r for r in fleet if r["model"] in near(model)), key=lambda r: r["reg"])
+            if same or similar:
+                chosen.append(rng.choice(same or similar))
+        saved, self.rng, self.rank = self.rng, rng, 1
+        for row in chosen:
+            cfg = (f"Community/aig-aitraffic-oci/SimObjects/Airplanes/"
+                   f"AIG_{row['model']}_{row['airline']}/aircraft.cfg")
+            self.write(cfg, self.header(row["model"]) +
+                       self.section(0, row, row["model"], "AIG", cfg, "FLTSIM", clean=True))
+        self.rng = saved
 
     def package(self, package, prefix, count, title, extra_rows=()):
         self.manifest(package, title, prefix + " team")
@@ -418,6 +455,7 @@ class Tree:
                     self.absent.append(title)
                 else:
                     self.liveries += 1
+                    self.made_pairs.add((airline, model))
                     if self.rng.random() < 0.2:
                         self.present.append({"title": title, "airline": airline, "model": model,
                                              "regcode": row["reg"], "rank": self.rank,
@@ -486,6 +524,7 @@ class Tree:
         self.rank = 5
         self.user_folder()
         self.never_scanned()
+        self.demo_fleet()
         self.user_cfg(packages_text)
         seeded = {"reports": self.reports, "log": sorted(set(self.log_lines)), "present": self.present,
                   "absent": self.absent, "files": self.files, "liveries": self.liveries}

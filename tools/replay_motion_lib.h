@@ -1,25 +1,33 @@
 // Replays a scenario of timed reports through the traffic engine, faster
 // than real time: batches go in through gf_handleTrafficBatch once a second,
 // the tick runs in lock-step, and a small receiver stands in for the
-// simulator (it answers creates and removals, reports the height above a flat
-// field, and records every object's motion block per tick). The recording
-// then yields the quality figures of the motion.
+// simulator (it answers creates and removals, reports the ground under each
+// object as the built-in simulator's airfield has it, tilted and rolling,
+// and records every object's motion block per tick). The recording then
+// yields the quality figures of the motion.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "airports/airport_file_io.h"
+#include "airports/loaded_airport.h"
 #include "app/options.h"
 #include "app/run_state.h"
+#include "feeds/decode_context.h"
+#include "liveries/livery_index.h"
 #include "liveries/reference_db.h"
 #include "parking/park_airport.h"
 #include "rt_scenario.h"
+#include "sim/builtin/builtin_sim_terrain.h"
 #include "sim/sim_ids.h"
 #include "sim/sim_queues.h"
 #include "sim/user_data.h"
@@ -36,8 +44,12 @@
 namespace tfx::replay {
 
 struct Setup {
-    // The flat field under everything: the park airport.
+    // The airfield under everything: the park airport. Its ground is the
+    // field elevation with the built-in simulator's relief.
+    std::string airport = "EGTK";
     double fieldLat = 51.836944, fieldLon = -1.32, fieldElevation_ft = 270;
+    // An airport file whose stands become the loaded airport's (none: empty).
+    std::filesystem::path airportFile;
     double cgHeight_ft = 8;
     double staticPitch = 0.012217304763960306;
     // Played on after the last report, so that extrapolation runs out.
@@ -45,6 +57,27 @@ struct Setup {
     std::int32_t startTick = 100000;
     bool withParkAirport = true;
 };
+
+// The ground under a position, feet.
+inline double gf_groundAt_ft(const Setup& setup, double lat, double lon) {
+    return setup.fieldElevation_ft +
+           bsim::gf_fieldReliefFt(setup.fieldLat, setup.fieldLon, lat, lon);
+}
+
+// The set-up for a scenario: its airport, when it names one, with the
+// stands of that airport's file in airportsDir, when there is one.
+inline Setup gf_setupFor(const scenario::Scenario& s, const std::filesystem::path& airportsDir) {
+    Setup setup;
+    if (s.airport.icao.empty()) return setup;
+    setup.airport = s.airport.icao;
+    setup.fieldLat = s.airport.lat;
+    setup.fieldLon = s.airport.lon;
+    setup.fieldElevation_ft = s.airport.elevation_ft;
+    std::error_code ec;
+    const auto file = airportsDir / (s.airport.icao + ".xml");
+    if (std::filesystem::is_regular_file(file, ec)) setup.airportFile = file;
+    return setup;
+}
 
 struct Sample {
     std::int32_t tick = 0;
@@ -65,7 +98,12 @@ struct Event {
     std::uint32_t hexid = 0;
     std::uint32_t event = 0, value = 0;
 };
+// The stand an aircraft drives to, as it took it over.
+struct StandTarget {
+    double lat = 0, lon = 0, heading = 0;  // degrees, radians
+};
 struct Recording {
+    Setup setup;
     std::vector<Sample> samples;  // by tick, then object
     std::vector<Reported> reports;
     std::vector<Event> events;
@@ -73,6 +111,7 @@ struct Recording {
     std::map<std::uint32_t, std::string> callsigns;
     std::map<std::uint32_t, AircraftCategory> categories;
     std::map<std::uint32_t, std::vector<std::string>> states;  // the flight states passed
+    std::map<std::uint32_t, StandTarget> stands;  // the last stand each aircraft went to
 };
 
 // The emitter category of a report gives the aircraft category when no
@@ -86,7 +125,10 @@ inline void lf_registerModel(const scenario::Report& r) {
     if (r.category == "A7") rotorcraftModels.insert(model);
 }
 
-inline TrafficMessage lf_messageOf(const scenario::Report& r, double start_s) {
+// A report as the decoder makes it: an altitude within the allowance of the
+// field is on the ground (0), as is any at or below 0.
+inline TrafficMessage lf_messageOf(const scenario::Report& r, double start_s,
+                                   std::optional<double> fieldAltitude_ft = std::nullopt) {
     TrafficMessage m;
     m.hexid = r.hexid;
     m.callsign = r.callsign;
@@ -101,8 +143,49 @@ inline TrafficMessage lf_messageOf(const scenario::Report& r, double start_s) {
     p.track = r.track_deg;
     p.speed = r.gs_kt;
     p.tas = r.tas_kt >= 0 ? r.tas_kt : r.gs_kt;
-    p.inAir = r.alt_ft > 0 ? 1 : 0;
+    gf_correctAltitude(p, fieldAltitude_ft, 1013, false, 0);
+    p.inAir = p.alt > 0 ? 1 : 0;
     return m;
+}
+
+// The stands of the set-up's airport file become the loaded airport's,
+// through the program's own reader. The file is read from a private copy:
+// the reader would fetch anything under an "archive" folder from the server.
+inline void gf_loadStands(const Setup& setup) {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    const fs::path dir =
+        fs::temp_directory_path(ec) /
+        fmt::format("zept_replay_{}_{}", setup.airport, static_cast<const void*>(&setup));
+    fs::create_directories(dir, ec);
+    const fs::path copy = dir / setup.airportFile.filename();
+    fs::copy_file(setup.airportFile, copy, fs::copy_options::overwrite_existing, ec);
+    auto read = gf_readAirportFile(copy);
+    fs::remove_all(dir, ec);
+    if (auto* file = std::get_if<AirportFile>(&read)) {
+        gf_setLoadedAirport(IcaoCode(setup.airport), std::move(*file));
+    } else {
+        fmt::print(stderr, "{}: {}\n", setup.airportFile.string(), std::get<std::string>(read));
+    }
+}
+
+// One generic livery "<model> livery" for each model the scenario flies, as
+// the livery index, so that every aircraft finds a title.
+inline void gf_publishScenarioLiveries(const scenario::Scenario& s) {
+    std::vector<Livery> list;
+    std::set<std::string> models;
+    for (const auto& r : s.reports) models.insert(r.model);
+    for (const std::string& model : models) {
+        list.push_back(
+            {model + " livery", "", gf_airlineIndex("ZZZ"), 0, gf_modelIndex(model), 0, 0});
+    }
+    std::sort(list.begin(), list.end(), gf_liveryLess);
+    auto index = std::make_shared<LiveryIndex>();
+    gf_internLadderCodes(*index);
+    std::vector<std::string> clashes;
+    gf_indexLiveries(list, *index, clashes);
+    lf_createModelSorted(*index);
+    gf_publishLiveryIndex(std::move(index));
 }
 
 // A clean engine with a running flight, as the program has it after start.
@@ -121,12 +204,17 @@ inline void gf_prepareEngine(const Setup& setup) {
     gf_storeUserData({});
     userAircraft = {};
     gf_clearParkAirport();
-    if (setup.withParkAirport) {
-        parkAirport.icao = 0x4547544B;  // "EGTK"
-        parkAirport.lat = setup.fieldLat;
-        parkAirport.lon = setup.fieldLon;
-        parkAirport.alt_ft = setup.fieldElevation_ft;
-    }
+    gf_clearLoadedAirport();
+    if (!setup.withParkAirport) return;
+    std::uint32_t icao = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        icao = icao << 8 |
+               static_cast<unsigned char>(i < setup.airport.size() ? setup.airport[i] : ' ');
+    parkAirport.icao = icao;
+    parkAirport.lat = setup.fieldLat;
+    parkAirport.lon = setup.fieldLon;
+    parkAirport.alt_ft = setup.fieldElevation_ft;
+    if (!setup.airportFile.empty()) gf_loadStands(setup);
 }
 
 class Receiver {
@@ -141,6 +229,8 @@ public:
         for (const auto& c : commands.creates) {
             const std::uint32_t objectid = nextObject_++;
             hexOf_[objectid] = c.hexid;
+            // Reported on from its creation, before the first frame moves it.
+            placed_[objectid] = MotionBlock{c.lat, c.lon, 0, 0, 0, c.alt, 0, 0};
             gf_postSimMessage({objectid, c.hexid, 0, SIM_LIVE_OBJECT_ID, 0, 0});
             gf_postSimMessage(
                 {objectid, 0, 0, SIM_STATIC_DATA, setup_.cgHeight_ft, setup_.staticPitch});
@@ -148,13 +238,17 @@ public:
         for (const std::uint32_t objectid : commands.removes) {
             rec_.removedAt.emplace(hexOf_[objectid], now);
             last_.erase(objectid);
+            placed_.erase(objectid);
             gf_postSimMessage({objectid, 0, 0, SIM_OBJECT_REMOVED, 0, 0});
         }
         for (const auto& e : commands.clientEvents) {
             rec_.events.push_back({now, hexOf_[e.objectid], e.event, e.value});
         }
         if (gf_trySwapFrame(frame_)) {
-            for (const auto& entry : frame_) last_[entry.objectid] = entry.motion;
+            for (const auto& entry : frame_) {
+                last_[entry.objectid] = entry.motion;
+                placed_.erase(entry.objectid);
+            }
             frame_.clear();
         }
         for (const auto& [objectid, m] : last_) record(now, objectid, m);
@@ -168,25 +262,31 @@ private:
         rec_.samples.push_back({now, ac->hexid, m, ac->flightState, ac->onGround});
         rec_.callsigns[ac->hexid] = ac->callsign;
         rec_.categories[ac->hexid] = ac->category;
+        if (ac->flightState == FlightState::parking && ac->sid != 0)
+            rec_.stands[ac->hexid] = {ac->standLat, ac->standLon, ac->standHeading};
         auto& states = rec_.states[ac->hexid];
         const std::string name(gf_flightStateName(ac->flightState));
         if (states.empty() || states.back() != name) states.push_back(name);
     }
-    // Height above a flat field, for objects below 2500 feet.
+    // The ground under each object below 2500 feet, and its height above it.
     void report() {
-        for (const auto& [objectid, m] : last_) {
-            const double agl = m.alt - setup_.fieldElevation_ft;
-            if (agl >= 2500) continue;
-            const std::uint32_t onGround = agl <= setup_.cgHeight_ft + 0.5 ? 1 : 0;
-            gf_postSimMessage({objectid, onGround, 0, SIM_POSITION_REPORT, setup_.fieldElevation_ft,
-                               std::max(0.0, agl)});
+        for (const auto* objects : {&placed_, &last_}) {
+            for (const auto& [objectid, m] : *objects) reportOne(objectid, m);
         }
+    }
+    void reportOne(std::uint32_t objectid, const MotionBlock& m) {
+        const double ground = gf_groundAt_ft(setup_, m.lat, m.lon);
+        const double agl = m.alt - ground;
+        if (agl >= 2500) return;
+        const std::uint32_t onGround = agl <= setup_.cgHeight_ft + 0.5 ? 1 : 0;
+        gf_postSimMessage({objectid, onGround, 0, SIM_POSITION_REPORT, ground, std::max(0.0, agl)});
     }
 
     const Setup& setup_;
     Recording& rec_;
     FrameTable frame_;
     std::map<std::uint32_t, MotionBlock> last_;
+    std::map<std::uint32_t, MotionBlock> placed_;  // created, no frame yet
     std::map<std::uint32_t, std::uint32_t> hexOf_;
     std::uint32_t nextObject_ = 100;
 };
@@ -195,14 +295,18 @@ private:
 inline Recording gf_replay(const scenario::Scenario& s, const Setup& setup = {}) {
     gf_prepareEngine(setup);
     for (const auto& r : s.reports) lf_registerModel(r);
+    gf_publishScenarioLiveries(s);
     Recording rec;
-    Receiver receiver(setup, rec);
+    rec.setup = setup;
+    Receiver receiver(rec.setup, rec);
+    const std::optional<double> field =
+        setup.withParkAirport ? std::optional<double>(setup.fieldElevation_ft) : std::nullopt;
     std::size_t nextReport = 0;
     const int seconds = static_cast<int>(std::ceil(s.length_s())) + 1 + setup.tailSeconds;
     for (int second = 0; second <= seconds; ++second) {
         std::vector<TrafficMessage> batch;
         while (nextReport < s.reports.size() && s.reports[nextReport].offset_s < second + 1) {
-            batch.push_back(lf_messageOf(s.reports[nextReport++], s.start_epoch_s));
+            batch.push_back(lf_messageOf(s.reports[nextReport++], s.start_epoch_s, field));
         }
         if (!batch.empty()) {
             std::vector<TrafficMessage> stamped = batch;

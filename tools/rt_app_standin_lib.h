@@ -207,11 +207,14 @@ inline void lf_sendHistory(Session& s) {
 inline void lf_sendParked(Session& s, const Box& box) {
     const Config& c = s.app.config;
     const double epoch = c.parkedAt_s > 0 ? c.parkedAt_s : s.epochBase_s + lf_sceneNow(s);
+    // A scenario played at a named airport gives its stands that prefix.
+    const std::string& airport =
+        s.app.scene.airport.icao.empty() ? c.airport : s.app.scene.airport.icao;
     const auto list =
         s.app.week.stays.empty() ? s.app.scene.parked : parked::gf_parkedAt(s.app.week, epoch);
     for (const auto& p : list)
         if (box.contains(p.lat, p.lon))
-            lf_send(s, c.trafficPort, gf_parkedLine(p, epoch, c.form, c.airport));
+            lf_send(s, c.trafficPort, gf_parkedLine(p, epoch, c.form, airport));
     lf_sendMarker(s, "RTPARK_EOT");
 }
 

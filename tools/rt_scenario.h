@@ -3,6 +3,7 @@
 //
 //   # comment
 //   start,<epoch seconds of offset 0>
+//   airport,<ICAO>,<lat>,<lon>,<elevation ft>   (optional: the airport it is played at)
 //   T,<offset s>,<hexid>,<lat>,<lon>,<alt ft>,<vs fpm>,<track deg>,<gs kt>,
 //     <callsign>,<model>,<regcode>,<from>,<to>,<airline>,<category>,<tas kt>
 //   P,<hexid>,<lat>,<lon>,<callsign>,<model>,<regcode>,<stand>
@@ -39,8 +40,15 @@ struct Parked {
     double seen_epoch_s = 0;  // when the service last saw it; 0: the moment of the list
 };
 
+// The airport a scenario is played at; icao empty when the file names none.
+struct ScenarioAirport {
+    std::string icao;
+    double lat = 0, lon = 0, elevation_ft = 0;
+};
+
 struct Scenario {
     double start_epoch_s = 0;
+    ScenarioAirport airport;
     std::vector<Report> reports;  // by offset
     std::vector<Parked> parked;
     double length_s() const { return reports.empty() ? 0 : reports.back().offset_s; }
@@ -80,6 +88,12 @@ inline Scenario gf_parseScenario(std::string_view text, int* bad = nullptr) {
         bool ok = false;
         if (f[0] == "start" && f.size() == 2) {
             ok = lf_num(f[1], s.start_epoch_s);
+        } else if (f[0] == "airport" && f.size() == 5) {
+            ScenarioAirport a;
+            a.icao = f[1];
+            ok = lf_num(f[2], a.lat) && lf_num(f[3], a.lon) && lf_num(f[4], a.elevation_ft) &&
+                 a.icao.size() == 4;
+            if (ok) s.airport = a;
         } else if (f[0] == "T" && f.size() == 17) {
             Report r;
             ok = lf_num(f[1], r.offset_s) && lf_num(f[2], r.hexid) && lf_num(f[3], r.lat) &&
@@ -115,6 +129,9 @@ inline std::string gf_scenarioText(const Scenario& s) {
         "# T,offset_s,hexid,lat,lon,alt_ft,vs_fpm,track_deg,gs_kt,callsign,model,regcode,from,to,"
         "airline,category,tas_kt\n# P,hexid,lat,lon,callsign,model,regcode,stand\n";
     out += fmt::format("start,{:.0f}\n", s.start_epoch_s);
+    if (!s.airport.icao.empty())
+        out += fmt::format("airport,{},{:.6f},{:.6f},{:.0f}\n", s.airport.icao, s.airport.lat,
+                           s.airport.lon, s.airport.elevation_ft);
     for (const auto& p : s.parked)
         out += fmt::format("P,{},{:.6f},{:.6f},{},{},{},{}\n", p.hexid, p.lat, p.lon, p.callsign,
                            p.model, p.regcode, p.stand);

@@ -12,6 +12,7 @@
 
 #include "airports/airport_codes.h"
 #include "traffic/aircraft.h"
+#include "traffic/units.h"
 
 namespace tfx {
 
@@ -22,7 +23,6 @@ inline constexpr std::array<std::string_view, 16> STAND_TYPE_NAMES = {
     "GATE_SMALL",    "GATE_MEDIUM", "GATE_HEAVY",     "DOCK_GA",
     "FUEL",          "VEHICLE",     "RAMP_GA_EXTRA",  "GATE_EXTRA"};
 inline constexpr std::uint32_t STAND_TYPE_FUEL = 12;
-inline constexpr double METRES_PER_NM = 1852.0;
 
 constexpr bool gf_standTypeIsCargo(std::uint32_t type) {
     return type == 5 || type == 6;

@@ -13,6 +13,7 @@
 #include "traffic/controls.h"
 #include "traffic/flight_motion.h"
 #include "traffic/flight_motion_internal.h"
+#include "traffic/ground_curve.h"
 
 namespace tfx {
 
@@ -46,32 +47,40 @@ double lf_turnTowards(double heading, double target, double rate) {
     return gf_normalizeHeading(heading + (diff > 0 ? rate : -rate));
 }
 
-bool lf_curveStep(LiveAircraft& ac) {
-    ac.curveProgress = std::clamp(ac.curveProgress + ac.curveStep, 0.0, 0.999999);
-    const double t = ac.curveProgress;
-    const GroundCurve& c = ac.curve;
-    const double u = 1 - t;
-    const double lat = u * u * c.startLat + 2 * u * t * c.controlLat + t * t * c.endLat;
-    const double lon = u * u * c.startLon + 2 * u * t * c.controlLon + t * t * c.endLon;
-    if (!std::isfinite(lat) || !std::isfinite(lon)) {
-        gf_logLine(fmt::format("{} error in curve at index: {:.2F}", gf_logName(ac), t));
-        return true;
+// Along the curve of a ground turn; the heading follows its tangent at the
+// turn rate in force.
+void lf_curveStep(LiveAircraft& ac) {
+    double step = ac.curveStep;
+    if (ac.legEase != 0 && ac.legStepIndex < ac.legSteps.size())
+        step = ac.legSteps[ac.legStepIndex++];
+    ac.curveProgress = std::clamp(ac.curveProgress + step, 0.0, 0.999999);
+    LatLon at;
+    double tangent = 0;
+    if (!lf_curveAt(ac.curve, ac.curveProgress, at, tangent)) {
+        gf_logLine(
+            fmt::format("{} error in curve at index: {:.2F}", gf_logName(ac), ac.curveProgress));
+        return;
     }
-    ac.lat = lat;
-    ac.lon = lon;
-    const LatLon tangent = {
-        2 * u * (c.controlLat - c.startLat) + 2 * t * (c.endLat - c.controlLat),
-        2 * u * (c.controlLon - c.startLon) + 2 * t * (c.endLon - c.controlLon)};
-    const double tangentHeading =
-        gf_normalizeHeading(std::atan2(tangent.lon * std::cos(lat * RAD_PER_DEG), tangent.lat));
-    if (std::abs(gf_foldAngle(tangentHeading - ac.heading)) > TANGENT_TOLERANCE) {
-        ac.heading = lf_turnTowards(ac.heading, tangentHeading, ac.turnRateNow);
+    ac.lat = at.lat;
+    ac.lon = at.lon;
+    // The heading keeps up with the curve's own turn and makes up any lag
+    // at the turn rate in force: a wheeled aircraft does not slide sideways.
+    LatLon before;
+    double tangentBefore = tangent;
+    const double previous = std::max(0.0, ac.curveProgress - step);
+    if (!lf_curveAt(ac.curve, previous, before, tangentBefore)) tangentBefore = tangent;
+    const double curveTurn = std::abs(gf_foldAngle(tangent - tangentBefore));
+    if (std::abs(gf_foldAngle(tangent - ac.heading)) > TANGENT_TOLERANCE) {
+        ac.heading = lf_turnTowards(ac.heading, tangent,
+                                    std::min(ac.turnRateNow + curveTurn, MAX_HEADING_STEP));
     }
-    return true;
 }
 
 void lf_positionStep(LiveAircraft& ac) {
-    if (ac.curve.valid() && lf_curveStep(ac)) return;
+    if (ac.curve.valid()) {
+        lf_curveStep(ac);
+        return;
+    }
     if (ac.legEase != 0 && ac.legStepIndex < ac.legSteps.size()) {
         const double share = ac.legSteps[ac.legStepIndex++];
         ac.lat += ac.legLat * share;

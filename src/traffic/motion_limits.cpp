@@ -37,8 +37,19 @@ void lf_limitLegSpeed(LiveAircraft& ac) {
     if (reported_kt <= 0) reported_kt = lf_legSpeed(ac);
     const double allowed_kt =
         std::min(reported_kt * CATCH_UP_FACTOR, gf_motionLimits(ac.category).maxSpeed_kt);
-    const double dist_nm = gf_distanceNm(lf_pos(ac), lf_pos(next));
-    const double shortest = dist_nm / allowed_kt * 360000.0;
+    // On the ground the way may be a curve, and a leg that eases in or out
+    // is at its fastest faster than on average: the limit holds there.
+    const bool curve = ac.onGround != 0 && ac.curve.valid();
+    const double dist_nm =
+        curve ? ac.curve.length_m * NM_PER_M : gf_distanceNm(lf_pos(ac), lf_pos(next));
+    double peak = 1;
+    if (ac.onGround != 0) {
+        const double v0 = lf_positiveOr0(ac.stream.front().speed), v1 = lf_positiveOr0(next.speed);
+        if (ac.legEase == 1 || ac.legEase == 2) peak = 2;
+        if (ac.legEase == 3) peak = 1.5;
+        if (ac.legEase == 4 && v0 + v1 > 0) peak = std::max(v0, v1) / ((v0 + v1) / 2);
+    }
+    const double shortest = dist_nm * peak / allowed_kt * 360000.0;
     if (!std::isfinite(shortest)) return;
     const std::int64_t earliest =
         static_cast<std::int64_t>(gf_simTick()) + static_cast<std::int64_t>(std::ceil(shortest));

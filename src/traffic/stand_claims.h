@@ -25,6 +25,9 @@ void gf_addRealStandOption(std::int32_t sid, const LiveAircraft& ac, int real);
 // After the name lookup: a static copy of this aircraft goes.
 void lf_checkForStaticWithCallsignOrHexidAndRemove(const LiveAircraft& ac);
 void gf_checkForAllGndIfParkedVersionExistsAndRemove();
+// An aircraft in taxi has slowed to a stop: when a stand is to be had, it
+// takes it over, goes to parking and drives onto it (drive2Stand).
+void try2Park(LiveAircraft& ac);
 // The stream of an aircraft in parking has ended: true when it stands at its
 // stand and goes on parked.
 bool lf_arrivedAtStand(LiveAircraft& ac);

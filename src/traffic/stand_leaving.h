@@ -9,5 +9,9 @@ namespace tfx {
 bool checkAtStandSituations(LiveAircraft& ac, StreamPoint& p);
 // A new point of an aircraft that stands after its pushback.
 bool lf_checkPushedBack(LiveAircraft& ac, StreamPoint& p);
+// A parked aircraft that leaves: pushed back along the stand's axis, or
+// pulling out forwards.
+void initiatePushBack(LiveAircraft& ac);
+void lf_pullOut(LiveAircraft& ac);
 
 }  // namespace tfx

@@ -1,6 +1,6 @@
-// STAND-IN for leaving the stand: a parked aircraft takes no new points and
-// one that stands after its pushback waits for nothing. The real bodies
-// replace this file.
+// STAND-IN for leaving the stand: a parked aircraft takes no new points, one
+// that stands after its pushback waits for nothing, and one that was to
+// leave stays parked. The real bodies replace this file.
 #include "traffic/stand_leaving.h"
 
 namespace tfx {
@@ -12,6 +12,14 @@ bool checkAtStandSituations(LiveAircraft& ac, StreamPoint&) {
 
 bool lf_checkPushedBack(LiveAircraft&, StreamPoint&) {
     return false;
+}
+
+void initiatePushBack(LiveAircraft& ac) {
+    ac.leaving = 0;
+}
+
+void lf_pullOut(LiveAircraft& ac) {
+    ac.leaving = 0;
 }
 
 }  // namespace tfx

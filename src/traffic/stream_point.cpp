@@ -34,6 +34,13 @@ void PointQueue::push_front(const StreamPoint& p) {
     ++count_;
 }
 
+void PointQueue::insert(std::size_t index, const StreamPoint& p) {
+    if (index > count_) index = count_;
+    push_back(p);
+    for (std::size_t i = count_ - 1; i > index; --i) (*this)[i] = (*this)[i - 1];
+    (*this)[index] = p;
+}
+
 void PointQueue::pop_front() {
     if (count_ == 0) return;
     head_ = (head_ + 1) & mask_;

@@ -48,6 +48,8 @@ public:
 
     void push_back(const StreamPoint& p);
     void push_front(const StreamPoint& p);
+    // Puts p at index (0 .. size), moving the points from there on back.
+    void insert(std::size_t index, const StreamPoint& p);
     void pop_front();
     void pop_back();
     void clear() { head_ = count_ = 0; }

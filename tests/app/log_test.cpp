@@ -26,13 +26,6 @@ TEST(Log, OpeningKeepsThePreviousRunAsOneGeneration) {
     EXPECT_EQ(dir.logText().find("second run"), std::string::npos);
 }
 
-TEST(Log, HeadLineNamesProgramVersionAndSimulators) {
-    TempWorkdir dir;
-    const std::string head = tfx::gf_split(dir.logText(), '\n').front();
-    EXPECT_NE(head.find("ZEPT version 15.15 for MSFS 2020/2024"), std::string::npos) << head;
-    EXPECT_NE(head.find('Z'), std::string::npos);
-}
-
 TEST(Log, PlainLinesWaitFor4096BytesWarningsFlushAtOnce) {
     TempWorkdir dir;
     const auto onDisk = [&] { return fs::file_size(dir.path() / "Log.txt"); };
@@ -48,14 +41,6 @@ TEST(Log, PlainLinesWaitFor4096BytesWarningsFlushAtOnce) {
     tfx::gf_logError("broken");
     EXPECT_EQ(onDisk(), afterHead + 4100 + 6 + 11);
     EXPECT_NE(dir.read("Log.txt").find("\n==> broken\n"), std::string::npos);
-}
-
-TEST(Log, ClosedLogIgnoresEverything) {
-    TempWorkdir dir(false);
-    tfx::gf_logLine("nowhere");
-    tfx::gf_logError("nowhere");
-    tfx::gf_flushLog();
-    EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
 }
 
 TEST(Log, LinesFromManyThreadsNeverMix) {
@@ -122,27 +107,4 @@ TEST(Log, AToolsLogGoesWhereItIsToldNotIntoTheWorkingFolder) {
     tfx::gf_closeLog();
     EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
     EXPECT_NE(dir.read("elsewhere/tool_Log.txt").find("from a tool"), std::string::npos);
-}
-
-TEST(Banner, StarsAroundTextOrTextAlone) {
-    using tfx::gf_banner;
-    EXPECT_EQ(gf_banner(3, 2, false, false, ""), "******");  // odd width rounds up
-    EXPECT_EQ(gf_banner(10, 0, false, false, "ab"), "**** ab ****");
-    EXPECT_EQ(gf_banner(4, 0, false, false, "ab"), "ab");  // 4 is not more than 2 + 2
-    EXPECT_EQ(gf_banner(2, 0, true, true, "a long title"), "\na long title\n");
-    // A pair of width W ends up the same length.
-    const std::string open = tfx::gf_bannerOpen(80, "parameters");
-    const std::string close = tfx::gf_bannerClose(80, "parameters");
-    EXPECT_EQ(open.front(), '\n');
-    EXPECT_EQ(close.back(), '\n');
-    EXPECT_EQ(open.size() - 1, close.size() - 1);
-}
-
-TEST(NowText, HasDayMonthYearAndUtcTime) {
-    const std::string now = tfx::gf_nowText();
-    const auto parts = tfx::gf_split(now, ' ');
-    ASSERT_EQ(parts.size(), 4u) << now;
-    EXPECT_EQ(parts[1].size(), 3u);
-    EXPECT_EQ(parts[3].size(), 6u);
-    EXPECT_EQ(parts[3].back(), 'Z');
 }

@@ -9,22 +9,6 @@
 using namespace tfx;
 using tfx::test::TempWorkdir;
 
-TEST(Options, BuiltFromParameters) {
-    TempWorkdir dir;
-    params.RANGE.current = 25;
-    params.ALL_AIR_GND_SELECTOR.current = "Ground only";
-    params.WEEK.current = true;
-    gf_buildOptions();
-    const OptionsPtr o = gf_options();
-    EXPECT_EQ(o->RANGE, 25);
-    EXPECT_DOUBLE_EQ(o->rangeSquared_nm2, 625.0);
-    EXPECT_DOUBLE_EQ(o->requestRadius_m, 25 * 1852.0 + 10000.0);  // default road is RT Direct
-    EXPECT_EQ(o->ALL_AIR_GND_SELECTOR, 2);
-    EXPECT_TRUE(o->WEEK);
-    EXPECT_EQ(o->MAX_LIVE_SEL, 500);
-    EXPECT_TRUE(o->LIGHT_AIRCRAFT);
-}
-
 TEST(Options, UpdateTouchesOneFieldAndLeavesOldSnapshotsAlone) {
     TempWorkdir dir;
     gf_buildOptions();
@@ -79,15 +63,6 @@ TEST(Options, ConcurrentPublishersLoseNoUpdate) {
     reader.join();
     EXPECT_EQ(gf_options()->TCAS_FL, 180 + N);
     EXPECT_EQ(gf_options()->MAX_FIT, 47 + N);
-}
-
-TEST(PendingFlags, ServedOnce) {
-    gf_clearPending();
-    EXPECT_FALSE(gf_takePending(pending.flushPending));
-    gf_setPending(pending.flushPending);
-    gf_setPending(pending.flushPending);
-    EXPECT_TRUE(gf_takePending(pending.flushPending));
-    EXPECT_FALSE(gf_takePending(pending.flushPending));
 }
 
 TEST(Options, CheckBoxToggleSavesAndPublishes) {

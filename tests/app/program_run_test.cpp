@@ -173,7 +173,10 @@ TEST(ProgramRun, WorkingFilesOfKilledRunsGoAtStart) {
     EXPECT_EQ(exitCodeWithin(run, 10s), 0) << dir.console();
     for (const char* name : stale) EXPECT_FALSE(fs::exists(dir.path() / name)) << name;
     for (const char* name : kept) EXPECT_TRUE(fs::exists(dir.path() / name)) << name;
-    EXPECT_TRUE(has(dir.read("Log.txt"), "4 files of interrupted runs removed"));
+    const std::string log = dir.read("Log.txt");
+    EXPECT_TRUE(has(log, "4 files of interrupted runs removed"));
+    EXPECT_TRUE(has(log, "Command line job:\nproduction\n")) << log;
+    EXPECT_FALSE(has(log, "Flight")) << "no simulator thread in a job";
 }
 
 #endif  // _WIN32

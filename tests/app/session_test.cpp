@@ -13,7 +13,6 @@
 #include "app/run_state.h"
 #include "app/session.h"
 #include "app/session_internal.h"
-#include "platform/instance_lock.h"
 #include "support/demo_installation.h"
 #include "support/sealed_dbase.h"
 #include "support/temp_workdir.h"
@@ -70,36 +69,6 @@ std::size_t find(const std::string& text, const std::string& what, std::size_t f
 }
 
 }  // namespace
-
-TEST(Session, ProductionJobEndsAfterReadingTheData) {
-    ProgramFolder dir;
-    EXPECT_EQ(runEntry({"zept", "--PRODUCTION"}), 0);
-    const std::string log = dir.read("Log.txt");
-    EXPECT_NE(find(log, "Command line job:\nproduction\n"), std::string::npos) << log;
-    EXPECT_NE(find(log, "Exiting: NOT YET SET"), std::string::npos);
-    EXPECT_NE(find(log, "Shutdown cleanup completed; posting MSG_EXIT"), std::string::npos);
-    EXPECT_EQ(find(log, "Flight"), std::string::npos) << "no simulator thread in a job";
-    EXPECT_TRUE(fs::exists(dir.path() / "parameters.xml"));
-    EXPECT_TRUE(fs::is_directory(dir.path() / "airports/learned/thirdparty"));
-}
-
-TEST(Session, SecondInstanceLeavesAtOnce) {
-    ProgramFolder dir;
-    InstanceLock other;
-    ASSERT_TRUE(pf_acquireInstanceLock(dir.path() / "ZEPT.lock", other));
-    EXPECT_EQ(runEntry({"zept"}), -1);
-    EXPECT_FALSE(fs::exists(dir.path() / "Log.txt"));
-    pf_releaseInstanceLock(other);
-}
-
-TEST(Session, MissingDocsFolderIsAUserErrorAndEndsTheProcess) {
-    ProgramFolder dir;
-    fs::remove(dir.path() / "docs");
-    EXPECT_EQ(runEntry({"zept"}), 1) << "not the user's own close";
-    const std::string log = dir.read("Log.txt");
-    EXPECT_NE(find(log, "41: ZEPT must be run from the ZEPT folder!"), std::string::npos) << log;
-    EXPECT_NE(find(log, "Exiting: SYSTEM ERROR"), std::string::npos);
-}
 
 TEST(Session, RestartFindsEverythingCleanAndUserCloseEndsIt) {
     ProgramFolder dir;

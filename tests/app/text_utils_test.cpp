@@ -3,29 +3,20 @@
 #include <stdexcept>
 
 #include "app/text_utils.h"
-#include "app/user_exception.h"
-#include "app/winsock_errors.h"
 
 using namespace tfx;
 
 TEST(TextUtils, TrimDequoteSplitCleanList) {
-    EXPECT_EQ(gf_trim(" \t a b \r\n"), "a b");
     EXPECT_EQ(gf_trim(" \r\n\t"), "");
-    EXPECT_EQ(gf_dequote("plain"), "plain");
     EXPECT_EQ(gf_dequote("\"Boeing 737\" ; comment"), "Boeing 737");
-    EXPECT_EQ(gf_dequote("\"\""), "");
     EXPECT_EQ(gf_dequote("\"open"), "");
     EXPECT_EQ(gf_split("a,,b,", ','), (std::vector<std::string>{"a", "", "b", ""}));
-    EXPECT_EQ(gf_split("", ','), (std::vector<std::string>{""}));
     EXPECT_EQ(gf_cleanList("AIG, FSLTL ,\tJF"), "AIG,FSLTL,JF");
-    EXPECT_EQ(gf_cleanList("AIG,FSLTL"), "AIG,FSLTL");
 }
 
 TEST(TextUtils, WideAndUtf8RoundTrip) {
     const std::string text = "Z\xC3\xBCrich \xE2\x9C\x88 \xF0\x9F\x9B\xAB";
     EXPECT_EQ(wide_to_utf8(utf8_to_wide(text)), text);
-    EXPECT_TRUE(wide_to_utf8(L"").empty());
-    EXPECT_TRUE(utf8_to_wide("").empty());
     // A surrogate pair, as Windows would hand it over, is one character.
     const std::wstring pair = {static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDEEB)};
     EXPECT_EQ(wide_to_utf8(pair), "\xF0\x9F\x9B\xAB");
@@ -43,29 +34,11 @@ TEST(TextUtils, InvalidInputThrowsTheNamedError) {
     };
     const char* bad8 = "utf8_to_wide: invalid UTF-8";
     throwsText([] { utf8_to_wide("\xC3"); }, bad8);
-    throwsText([] { utf8_to_wide("\xC0\xAF"); }, bad8);
     throwsText([] { utf8_to_wide("\xED\xA0\x80"); }, bad8);  // encoded surrogate
     throwsText([] { utf8_to_wide("\xF4\x90\x80\x80"); }, bad8);
     const char* bad16 = "wide_to_utf8: invalid UTF-16";
     throwsText([] { wide_to_utf8(std::wstring(1, static_cast<wchar_t>(0xD800))); }, bad16);
     throwsText([] { wide_to_utf8(std::wstring(1, static_cast<wchar_t>(0xDC00))); }, bad16);
-}
-
-TEST(UserRelatedException, CarriesCodeAndShowsBoth) {
-    try {
-        throw UserRelatedException(81, "no livery fits");
-    } catch (const std::exception& e) {
-        EXPECT_STREQ(e.what(), "81: no livery fits");
-        EXPECT_EQ(dynamic_cast<const UserRelatedException&>(e).code, 81);
-    }
-}
-
-TEST(WinsockErrorText, KnownAndUnknownCodes) {
-    EXPECT_EQ(gf_winsockErrorText(10061), "10061 Connection refused");
-    EXPECT_EQ(gf_winsockErrorText(10004), "10004 Interrupted system call");
-    EXPECT_EQ(gf_winsockErrorText(11004), "11004 No host data of that type was found");
-    EXPECT_EQ(gf_winsockErrorText(10000), "10000 Unknown errror code");
-    EXPECT_EQ(gf_winsockErrorText(-1), "-1 Unknown errror code");
 }
 
 #include "app/version.h"
@@ -75,7 +48,6 @@ TEST(VersionData, ParseAndCanonicalText) {
     tfx::test::TempWorkdir dir;
     EXPECT_EQ(gf_versionText(gf_parseVersion("15.15.0")), "15.15");
     EXPECT_EQ(gf_versionText(gf_parseVersion("15.15.2")), "15.15.2");
-    EXPECT_TRUE(gf_parseVersion("").empty());
     for (const char* bad :
          {"15", "15.", ".15", "15.15.1.1", "v15.1", "15.1 ", "15..1", "99999999999.1"})
         EXPECT_TRUE(gf_parseVersion(bad).empty()) << bad;

@@ -89,11 +89,3 @@ TEST(TickGrid, SlightlyLateTicksCatchUpWithoutSleeping) {
     EXPECT_EQ(run.starts[7] - run.starts[6], 1ms);
     EXPECT_EQ(run.starts[9] - run.starts[0], 90ms) << "back on the original grid";
 }
-
-TEST(TickGrid, StopsWhenTheTickSaysSo) {
-    FakeClock clock;
-    const GridRun run = runGrid(
-        clock, 1, [](int) { return 0ms; }, [](int) { return false; });
-    EXPECT_EQ(run.starts.size(), 1u);
-    EXPECT_EQ(clock.sleeps, 0);
-}

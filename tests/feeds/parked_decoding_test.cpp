@@ -48,30 +48,16 @@ protected:
     ParkedContext ctx;
 };
 
-TEST_F(Parked, HalfHourTurnsAtTwentyNineThirty) {
+TEST_F(Parked, HalfHourTypeAndNamesAreCompleted) {
     ParkedRecord r = record();
-    const double base = r.timestamp - (10 * 3600 + 29 * 60 + 29);
-    auto p = gf_decodeParked(r, ctx);
-    ASSERT_TRUE(p);
-    EXPECT_EQ(p->hh, 20);
-    r.timestamp = base + 10 * 3600 + 29 * 60 + 30;
+    EXPECT_EQ(gf_decodeParked(r, ctx)->hh, 20);
+    r.timestamp += 1;  // 10:29:30
     EXPECT_EQ(gf_decodeParked(r, ctx)->hh, 21);
-    r.timestamp = base + 23 * 3600 + 59 * 60;
-    EXPECT_EQ(gf_decodeParked(r, ctx)->hh, 47);
-}
-
-TEST_F(Parked, GenericTypeCodesAreNarrowedAndUnknownOnesRefused) {
-    ParkedRecord r = record();
+    // A generic type code is narrowed.
     r.model = "A380";
-    auto p = gf_decodeParked(r, ctx);
-    ASSERT_TRUE(p);
-    EXPECT_EQ(gf_modelCode(p->aimo.model), "A388");
-    r.model = "XYZ9";
-    EXPECT_FALSE(gf_decodeParked(r, ctx));
-}
-
-TEST_F(Parked, RegistrationRecordCompletesTheAircraft) {
-    ParkedRecord r = record();
+    EXPECT_EQ(gf_modelCode(gf_decodeParked(r, ctx)->aimo.model), "A388");
+    // The registration's record completes the aircraft; an empty callsign
+    // becomes the registration.
     r.regcode = "G-EUPA";
     r.callsign = "";
     r.model = "A320";
@@ -79,8 +65,7 @@ TEST_F(Parked, RegistrationRecordCompletesTheAircraft) {
     ASSERT_TRUE(p);
     EXPECT_EQ(gf_modelCode(p->aimo.model), "A319");
     EXPECT_EQ(gf_airlineCode(p->aimo.airline), "BAW");
-    EXPECT_EQ(p->callsign, "G-EUPA");  // an empty callsign becomes the registration
-
+    EXPECT_EQ(p->callsign, "G-EUPA");
     // Without a registration the callsign is looked up in the same records.
     r.regcode = "";
     r.callsign = "DLH4AB";
@@ -90,7 +75,7 @@ TEST_F(Parked, RegistrationRecordCompletesTheAircraft) {
     EXPECT_EQ(gf_modelCode(p->aimo.model), "A321");
 }
 
-TEST_F(Parked, TheUsersStandIsNeverGivenAway) {
+TEST_F(Parked, TheUsersStandIsNeverGivenAwayAndBadRecordsAreRefused) {
     ParkedRecord r = record();
     r.stand = "12";
     EXPECT_FALSE(gf_decodeParked(r, ctx));
@@ -100,10 +85,10 @@ TEST_F(Parked, TheUsersStandIsNeverGivenAway) {
     r.stand = "";
     ctx.nearestStand.clear();
     EXPECT_FALSE(gf_decodeParked(r, ctx));
-}
 
-TEST_F(Parked, DisabledCategoryAndBadInputs) {
-    ParkedRecord r = record();
+    r = record();
+    r.model = "XYZ9";
+    EXPECT_FALSE(gf_decodeParked(r, ctx));
     r.model = "EC35";
     EXPECT_FALSE(gf_decodeParked(r, ctx));  // helicopters are off
     r = record();

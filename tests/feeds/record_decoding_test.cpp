@@ -93,20 +93,6 @@ TEST_F(Decoding, TrueHeadingOnlyFromAdsbAndZeroMeansNorth) {
     EXPECT_THROW(decode(r), std::runtime_error);
 }
 
-// The whole point of a message: where the aircraft is, how fast and high.
-TEST_F(Decoding, AMessageCarriesThePlaceSpeedAndTimeOfItsRecord) {
-    const TrafficRecord r = airborne();
-    const auto m = decode(r);
-    ASSERT_TRUE(m);
-    EXPECT_DOUBLE_EQ(m->point.lat, r.lat);
-    EXPECT_DOUBLE_EQ(m->point.lon, r.lon);
-    EXPECT_DOUBLE_EQ(m->point.speed, r.gs);
-    EXPECT_DOUBLE_EQ(m->point.track, r.track);
-    EXPECT_DOUBLE_EQ(m->time, r.timestamp);
-    EXPECT_EQ(m->hexid, r.hexid);
-    EXPECT_EQ(m->point.inAir, 1);
-}
-
 TEST_F(Decoding, MissingTasComesFromTheAltitudeTable) {
     TrafficRecord r = airborne();
     r.TAS = -1;
@@ -120,62 +106,49 @@ TEST_F(Decoding, MissingTasComesFromTheAltitudeTable) {
     EXPECT_DOUBLE_EQ(decode(r)->point.tas, 0);
 }
 
-TEST_F(Decoding, GroundRecordsOnlyWithinFiveMilesOfTheParkAirport) {
+TEST_F(Decoding, WhereAndWhenARecordIsTaken) {
+    // Ground records only within five miles of the park airport; the air anywhere in range.
     EXPECT_TRUE(decode(onGroundNorth(4.9)));
     EXPECT_FALSE(decode(onGroundNorth(5.1)));
     ctx.parkAirport.reset();
     EXPECT_FALSE(decode(onGroundNorth(0.1)));
-    EXPECT_TRUE(decode(airborne()));  // the air is not limited to the airport
-}
-
-TEST_F(Decoding, RangeDropStillMovesTheLastHeardTime) {
+    EXPECT_TRUE(decode(airborne()));
+    // Out of range: no message, but the feed was heard.
     TrafficRecord r = airborne();
     r.lat = EGTK_LAT + 41.0 / 60;
     const DecodeResult result = gf_decodeTraffic(r, ctx);
     EXPECT_FALSE(result.message);
     ASSERT_TRUE(result.roundedTimestamp);
     EXPECT_EQ(*result.roundedTimestamp, 1732320000);
-}
-
-TEST_F(Decoding, TimeAndPlaceAreCheckedFirst) {
-    TrafficRecord r = airborne();
-    r.timestamp = 0;
-    EXPECT_THROW(decode(r), std::runtime_error);
-    r = airborne();
-    r.timestamp = std::nan("");
-    EXPECT_THROW(decode(r), std::runtime_error);
-    r = airborne();
-    r.lat = 0.00005;
-    r.lon = -0.00005;  // null island: the feed's way of saying "no position"
-    EXPECT_THROW(decode(r), std::runtime_error);
-    r.lat = 91;
-    EXPECT_THROW(decode(r), std::runtime_error);
+    // No time, null island (the feed's way of saying "no position"), off the globe.
+    for (auto spoil : {+[](TrafficRecord& x) { x.timestamp = 0; },
+                       +[](TrafficRecord& x) { x.timestamp = std::nan(""); },
+                       +[](TrafficRecord& x) {
+                           x.lat = 0.00005;
+                           x.lon = -0.00005;
+                       },
+                       +[](TrafficRecord& x) { x.lat = 91; }}) {
+        r = airborne();
+        spoil(r);
+        EXPECT_THROW(decode(r), std::runtime_error);
+    }
     r = airborne();
     r.hexid = 10000;  // static aircraft own the low numbers
     EXPECT_FALSE(decode(r));
 }
 
-TEST_F(Decoding, CallsignCleaning) {
-    EXPECT_EQ(gf_cleanCallsign(".ABC"), "");
+TEST_F(Decoding, NameAndTypeFilters) {
+    for (const char* dropped : {".ABC", "ABC", "ABCDEFGHI", "A@BCD", "X000001", "null"})
+        EXPECT_EQ(gf_cleanCallsign(dropped), "") << dropped;
     EXPECT_EQ(gf_cleanCallsign(".ABCD"), "ABCD");
-    EXPECT_EQ(gf_cleanCallsign("ABC"), "");
-    EXPECT_EQ(gf_cleanCallsign("ABCDEFGHI"), "");
-    EXPECT_EQ(gf_cleanCallsign("A@BCD"), "");
-    EXPECT_EQ(gf_cleanCallsign("X000001"), "");
-    EXPECT_EQ(gf_cleanCallsign("null"), "");
-    EXPECT_EQ(gf_cleanCallsign("EZY12AB"), "EZY12AB");
-}
-
-TEST_F(Decoding, RegcodeAndTypeFilters) {
     EXPECT_EQ(gf_usableRegcode("G-AB"), "G-AB");
-    EXPECT_EQ(gf_usableRegcode("AB"), "");
     EXPECT_EQ(gf_usableRegcode("ABCDEFGHIJKLM"), "");
-    EXPECT_EQ(gf_usableRegcode("null"), "");
     EXPECT_TRUE(gf_isAircraftMessage("A20N", "A3"));
     EXPECT_FALSE(gf_isAircraftMessage("A20N", "C1"));  // a ground vehicle
     EXPECT_FALSE(gf_isAircraftMessage("GLID", ""));
-    EXPECT_FALSE(gf_isAircraftMessage("B", ""));
     EXPECT_FALSE(gf_isAircraftMessage("A320X", ""));
+    EXPECT_THROW(gf_iataRef("L-R"), std::runtime_error);
+    EXPECT_FALSE(gf_iataRef("null").known());
 }
 
 TEST_F(Decoding, ANameIsEnoughButOneIsNeeded) {
@@ -186,6 +159,9 @@ TEST_F(Decoding, ANameIsEnoughButOneIsNeeded) {
     EXPECT_EQ(m->regcode, "G-EUUA");
     r.regcode = "null";
     EXPECT_FALSE(decode(r));
+    r = airborne();
+    r.regcode = "";
+    EXPECT_TRUE(decode(r)) << "no block set blocks nothing, even without names";
 }
 
 TEST_F(Decoding, SeenSetsAreFilledBeforeTheNameTestOnlyWhenEarly) {
@@ -211,46 +187,25 @@ TEST_F(Decoding, SquawkZeroOnTheGroundDroppedOnlyWhereTheRoadCarriesIt) {
     EXPECT_TRUE(decode(r));  // only on the ground
 }
 
-TEST_F(Decoding, AltitudeCorrectionByRoad) {
+TEST_F(Decoding, AltitudeCorrectionByRoadAndSnapToTheGround) {
     StreamPoint p;
-    p.alt = 10000;
-    gf_correctAltitude(p, std::nullopt, 1013, false, 0);
-    EXPECT_DOUBLE_EQ(p.alt, 10000);  // the application's altitudes are already corrected low down
-    p.alt = 10000;
-    gf_correctAltitude(p, std::nullopt, 1013, true, 0);
-    EXPECT_DOUBLE_EQ(p.alt, 9992.5);
+    const auto corrected = [&p](double alt, double speed, std::optional<double> field_ft,
+                                double qnh_hPa, bool low, double offset_ft) {
+        p.alt = alt;
+        p.speed = speed;
+        gf_correctAltitude(p, field_ft, qnh_hPa, low, offset_ft);
+        return p.alt;
+    };
+    // The application's altitudes are already corrected low down.
+    EXPECT_DOUBLE_EQ(corrected(10000, 200, std::nullopt, 1013, false, 0), 10000);
+    EXPECT_DOUBLE_EQ(corrected(10000, 200, std::nullopt, 1013, true, 0), 9992.5);
     // Above the transition blend the pressure altitude stays, with the user's offset.
-    p.alt = 30000;
-    gf_correctAltitude(p, std::nullopt, 1003, false, 40);
-    EXPECT_DOUBLE_EQ(p.alt, 30000 + 307.5 + 40);
-    p.alt = -50;
-    gf_correctAltitude(p, std::nullopt, 1013, true, 0);
-    EXPECT_DOUBLE_EQ(p.alt, 0);
-}
-
-TEST_F(Decoding, SnapToTheGroundDependsOnSpeed) {
-    StreamPoint p;
-    p.alt = 330;
-    p.speed = 40;
-    gf_correctAltitude(p, 270.0, 1013, false, 0);
-    EXPECT_EQ(p.alt, 0);
-    p.alt = 330;
-    p.speed = 130;
-    gf_correctAltitude(p, 270.0, 1013, false, 0);
-    EXPECT_DOUBLE_EQ(p.alt, 330);
-    p.alt = 200;  // below the field
-    p.speed = 200;
-    gf_correctAltitude(p, 270.0, 1013, false, 0);
-    EXPECT_EQ(p.alt, 0);
-}
-
-TEST_F(Decoding, RouteEnds) {
-    EXPECT_FALSE(gf_iataRef("").known());
-    EXPECT_FALSE(gf_iataRef("null").known());
-    const AirportRef ref = gf_iataRef("lhr");
-    EXPECT_EQ(std::string(ref.iata.data(), 3), "LHR");
-    EXPECT_THROW(gf_iataRef("LH"), std::runtime_error);
-    EXPECT_THROW(gf_iataRef("L-R"), std::runtime_error);
+    EXPECT_DOUBLE_EQ(corrected(30000, 200, std::nullopt, 1003, false, 40), 30000 + 307.5 + 40);
+    EXPECT_DOUBLE_EQ(corrected(-50, 200, std::nullopt, 1013, true, 0), 0);
+    // Near the field: slow aircraft snap to the ground, fast ones only below it.
+    EXPECT_EQ(corrected(330, 40, 270.0, 1013, false, 0), 0);
+    EXPECT_DOUBLE_EQ(corrected(330, 130, 270.0, 1013, false, 0), 330);
+    EXPECT_EQ(corrected(200, 200, 270.0, 1013, false, 0), 0);
 }
 
 TEST_F(Decoding, BankOnlyInTheAirAndTurnedToRightPositive) {
@@ -296,12 +251,6 @@ TEST_F(Decoding, BlockWithTrailingMarkMatchesTheShorterCallsignOnce) {
     EXPECT_EQ(learned->blockCallsign, "BAW123");
     EXPECT_FALSE(learned->blockTrailing);
     EXPECT_EQ(learned->blockHexid, 0x400001u);
-}
-
-TEST_F(Decoding, NoBlockSetBlocksNothingEvenWithoutNames) {
-    TrafficRecord r = airborne();
-    r.regcode = "";
-    EXPECT_TRUE(decode(r));
 }
 
 }  // namespace

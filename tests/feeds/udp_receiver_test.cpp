@@ -65,10 +65,6 @@ TEST(UdpReceiver, LoopOnAClosedSocketThrowsInsteadOfSpinning) {
     EXPECT_THROW(reader.receiveLoop(), std::runtime_error);
 }
 
-}  // namespace
-
-namespace {
-
 // A flood of distinct aircraft cannot grow the seen sets past their bound.
 TEST(SeenSets, AFloodStopsAtTheBound) {
     SeenSets road;

@@ -45,9 +45,7 @@ TEST_F(LiveryIndexBuild, AirlineOperatorAndModelTables) {
     // A record without airline is logged and left out.
     EXPECT_TRUE(logged("Invalid livery index: airl=, opr=, model=A320, title=No airline A320"));
     EXPECT_FALSE(index->titleStore.contains("No airline A320"));
-    EXPECT_TRUE(logged("    5 livery titles"));
     EXPECT_TRUE(logged("Category Heavy: 1 pax liverie and 1 cargo liverie"));
-    EXPECT_TRUE(logged("1 model have a generic livery\n  B738"));
 }
 
 TEST_F(LiveryIndexBuild, RegcodeFilesAssignSpecialAndUniqueRegcodes) {
@@ -93,8 +91,6 @@ TEST_F(LiveryIndexBuild, RegcodeFilesAssignSpecialAndUniqueRegcodes) {
         std::string::npos);
     EXPECT_EQ(report.find("Not installed"), std::string::npos);
     EXPECT_TRUE(logged("wrong regcode length 'X'"));
-    EXPECT_TRUE(logged("    2 special liveries"));
-    EXPECT_TRUE(logged("    1 unique liveries"));
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "input" / "AIG-regcodes.xml"));
 }
 

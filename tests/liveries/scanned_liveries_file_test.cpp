@@ -71,7 +71,6 @@ TEST_F(ScannedLiveriesFile, RoundTripKeepsEveryFieldButRank) {
     EXPECT_FALSE(pax.attribute("c"));
     EXPECT_FALSE(pax.attribute("r"));
     EXPECT_STREQ(pax.attribute("o").value(), "CLH");
-    EXPECT_TRUE(doc.select_node("/root/meta/info[@name='copyright']"));
 
     // Read back in a fresh process: the codes are interned anew, as text.
     gf_clearReferenceData();
@@ -85,7 +84,6 @@ TEST_F(ScannedLiveriesFile, RoundTripKeepsEveryFieldButRank) {
     EXPECT_EQ(gf_modelCode(b->model), "B744");
     EXPECT_EQ(b->cargo, 1);
     EXPECT_EQ(b->regcode, "D-ABCD");
-    EXPECT_NE(dir.logText().find("    3 liveries read from"), std::string::npos);
 }
 
 TEST_F(ScannedLiveriesFile, ReaderRefusesIncompleteFiles) {
@@ -97,7 +95,6 @@ TEST_F(ScannedLiveriesFile, ReaderRefusesIncompleteFiles) {
     EXPECT_NE(dir.logText().find("Missing required attribute 't' in <l>"), std::string::npos);
     dir.write(file.filename().string(), "<root><liveries/></root>");
     EXPECT_FALSE(gf_readScannedLiveries(read, file));
-    EXPECT_NE(dir.logText().find("does not contain liveries"), std::string::npos);
     dir.write(file.filename().string(), "<root><l");
     EXPECT_FALSE(gf_readScannedLiveries(read, file));
     EXPECT_TRUE(read.empty());

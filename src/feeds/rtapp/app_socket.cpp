@@ -34,6 +34,11 @@ SharedSocket gf_appClient() {
     return appSocket.clientSocket;
 }
 
+SharedSocket gf_appClientFor(std::uint32_t taken) {
+    std::lock_guard lock(appSocket.socketLock);
+    return appSocket.clientsTaken.load() == taken ? appSocket.clientSocket : nullptr;
+}
+
 void gf_dropAppClient(const SharedSocket& which) {
     std::lock_guard lock(appSocket.socketLock);
     if (which && appSocket.clientSocket != which) return;  // already replaced
@@ -94,14 +99,18 @@ void gf_takeAppClient(SocketFd client) {
         std::lock_guard lock(linkSender.lock);
         linkSender.queue.clear();
     }
+    // Cleared before the count moves: the reader asks the new client for
+    // the history as soon as it sees the count change.
+    gf_clearBufferRequest();
     {
+        // The count moves with the client, so that a message queued for
+        // the old one is never matched to the new one.
         std::lock_guard lock(appSocket.socketLock);
         if (appSocket.clientSocket) gf_shutdownSocket(appSocket.clientSocket->fd);
         appSocket.clientSocket = gf_shareSocket(client);
         appSocket.connected = true;
+        ++appSocket.clientsTaken;
     }
-    gf_clearBufferRequest();
-    ++appSocket.clientsTaken;
 }
 
 bool waitForClient() {

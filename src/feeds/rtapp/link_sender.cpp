@@ -54,7 +54,9 @@ SendResult lf_sendWithin(SocketFd fd, std::string_view text, std::int64_t own_ms
 }
 
 void lf_send(const Outgoing& item) {
-    const SharedSocket client = gf_appClient();
+    // A message taken from the queue just before a new connection replaced
+    // the old one must not go to the new peer.
+    const SharedSocket client = gf_appClientFor(item.meantFor);
     if (!client) return;
     switch (lf_sendWithin(client->fd, item.text, gf_steadyMillis() + rtAppTiming.sendLimit_ms)) {
         case SendResult::sent:
@@ -149,7 +151,9 @@ bool sendDataPacket(std::string_view text, bool drainAfter) {
     {
         std::lock_guard lock(linkSender.lock);
         full = linkSender.queue.size() >= SEND_QUEUE_LIMIT;
-        if (!full) linkSender.queue.push_back({std::string(text), drainAfter});
+        if (!full)
+            linkSender.queue.push_back(
+                {std::string(text), drainAfter, appSocket.clientsTaken.load()});
     }
     if (full) {
         lf_linkLog(fmt::format(

@@ -52,7 +52,8 @@ struct AppSocket {
     bool bufferRequested = false;
     std::int64_t bufferRequested_ms = 0;  // steady clock
     std::atomic<bool> waiting{false};     // in accept
-    // Counts the clients taken; the traffic reader starts over when it moves.
+    // Counts the clients taken (moved under socketLock with the client); the
+    // traffic reader starts over when it moves.
     std::atomic<std::uint32_t> clientsTaken{0};
 };
 extern AppSocket appSocket;
@@ -69,7 +70,8 @@ inline constexpr std::int64_t BUFFER_REQUEST_LIMIT_MS = 30000;
 // way out) ever waits on the peer.
 struct Outgoing {
     std::string text;
-    bool drainAfter = false;  // a position report: drain what the peer sent
+    bool drainAfter = false;     // a position report: drain what the peer sent
+    std::uint32_t meantFor = 0;  // the connection's count in clientsTaken when queued
 };
 struct LinkSender {
     std::mutex lock;
@@ -109,6 +111,9 @@ bool gf_requestParkedHere();
 
 // The client as it stands (empty when none); held, its number stays valid.
 SharedSocket gf_appClient();
+// The client while it is still connection number `taken` (clientsTaken);
+// empty once it was dropped or replaced.
+SharedSocket gf_appClientFor(std::uint32_t taken);
 // Closes the client unless another one took its place meanwhile.
 void gf_dropAppClient(const SharedSocket& which);
 // Takes an accepted client: the old one, if any, and all queued for it go.

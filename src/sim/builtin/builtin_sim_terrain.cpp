@@ -11,6 +11,16 @@ namespace {
 
 constexpr double kEarthRadiusNm = 3440.065;
 constexpr double kRad = std::numbers::pi / 180.0;
+constexpr double kMetresPerDeg = 111132.95;
+constexpr double kFeetPerMetre = 3.280839895013123;
+// The tilt of the airfield: grade, and the bearing it rises towards.
+constexpr double kTiltGrade = 0.004;
+constexpr double kTiltBearingDeg = 60;
+// The swell across it: height either way and wavelength, metres, and the
+// bearing along which it rolls.
+constexpr double kSwellM = 0.3;
+constexpr double kSwellWavelengthM = 400;
+constexpr double kSwellBearingDeg = 150;
 
 struct ModelAttitude {
     std::string_view model;
@@ -74,9 +84,24 @@ double gf_groundAltitudeFt(const Scenario& world, double lat_deg, double lon_deg
         }
     }
     if (nearest == nullptr) return world.default_ground_ft;
-    if (nearestNm <= nearest->radius_nm) return nearest->elevation_ft;
+    const double relief = gf_fieldReliefFt(nearest->lat_deg, nearest->lon_deg, lat_deg, lon_deg);
+    if (nearestNm <= nearest->radius_nm) return nearest->elevation_ft + relief;
     const double share = (nearestNm - nearest->radius_nm) / nearest->radius_nm;  // 0..1
-    return nearest->elevation_ft + share * (world.default_ground_ft - nearest->elevation_ft);
+    return nearest->elevation_ft + (1 - share) * relief +
+           share * (world.default_ground_ft - nearest->elevation_ft);
+}
+
+double gf_fieldReliefFt(double fieldLat_deg, double fieldLon_deg, double lat_deg, double lon_deg) {
+    const double north = (lat_deg - fieldLat_deg) * kMetresPerDeg;
+    const double east = std::remainder(lon_deg - fieldLon_deg, 360.0) * kMetresPerDeg *
+                        std::cos(fieldLat_deg * kRad);
+    const auto along = [&](double bearing_deg) {
+        return north * std::cos(bearing_deg * kRad) + east * std::sin(bearing_deg * kRad);
+    };
+    const double tilt_m = kTiltGrade * along(kTiltBearingDeg);
+    const double swell_m =
+        kSwellM * std::sin(2 * std::numbers::pi * along(kSwellBearingDeg) / kSwellWavelengthM);
+    return (tilt_m + swell_m) * kFeetPerMetre;
 }
 
 StaticAttitude gf_staticAttitudeOfModel(std::string_view model) {

@@ -1,6 +1,7 @@
-// The built-in simulator's ground: flat at field elevation around the
-// scenario's airports, blending to a default height away from them, and the
-// height and pitch at which each aircraft model stands on it.
+// The built-in simulator's ground: field elevation around the scenario's
+// airports, tilted and gently rolling as real airfields are, blending to a
+// default height away from them, and the height and pitch at which each
+// aircraft model stands on it.
 #pragma once
 
 #include <string_view>
@@ -17,6 +18,11 @@ void gf_moveAlong(double& lat_deg, double& lon_deg, double bearing_deg, double d
 
 // Ground altitude in feet at a position.
 double gf_groundAltitudeFt(const Scenario& world, double lat_deg, double lon_deg);
+// The lie of the land around an airfield, feet above or below its field
+// elevation: a plane rising 0.4 % towards 060 degrees through the reference
+// point, with a swell of 0.3 m every 400 m across it. Whatever stands on the
+// ground must follow it; a constant height floats or sinks.
+double gf_fieldReliefFt(double fieldLat_deg, double fieldLon_deg, double lat_deg, double lon_deg);
 
 // How a model stands on the ground: height of its reference point above the
 // ground and its pitch.

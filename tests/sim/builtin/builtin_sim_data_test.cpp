@@ -51,12 +51,13 @@ TEST_F(BuiltinSimData, UserPositionBlockHoldsTheFifteenValuesInOrder) {
     // Parked at the first path point, facing the scenario's heading, C172 stance.
     EXPECT_DOUBLE_EQ(r.value<double>(0), 51.8352);
     EXPECT_DOUBLE_EQ(r.value<double>(8), -1.3225);
-    EXPECT_NEAR(r.value<double>(16), 1.0 * kRad, 1e-12);   // pitch
-    EXPECT_DOUBLE_EQ(r.value<double>(24), 0.0);            // bank
-    EXPECT_DOUBLE_EQ(r.value<double>(32), 0.0);            // vertical speed
-    EXPECT_NEAR(r.value<double>(40), 10.0 * kRad, 1e-12);  // heading
-    EXPECT_NEAR(r.value<double>(48), 273.1, 1e-9);         // field 270 + CG 3.1
-    EXPECT_NEAR(r.value<double>(56), 273.1, 1e-9);
+    EXPECT_NEAR(r.value<double>(16), 1.0 * kRad, 1e-12);                          // pitch
+    EXPECT_DOUBLE_EQ(r.value<double>(24), 0.0);                                   // bank
+    EXPECT_DOUBLE_EQ(r.value<double>(32), 0.0);                                   // vertical speed
+    EXPECT_NEAR(r.value<double>(40), 10.0 * kRad, 1e-12);                         // heading
+    const double standing = client.sim.groundAltitudeFt(51.8352, -1.3225) + 3.1;  // CG 3.1
+    EXPECT_NEAR(r.value<double>(48), standing, 1e-9);
+    EXPECT_NEAR(r.value<double>(56), standing, 1e-9);
     EXPECT_NEAR(r.value<double>(64), 3.1, 1e-9);  // above ground
     EXPECT_DOUBLE_EQ(r.value<double>(72), 0.0);   // ground speed
     EXPECT_EQ(r.value<std::int64_t>(80), 12 * 3600);
@@ -132,7 +133,9 @@ TEST_F(BuiltinSimData, UnitsTypesAndTheChangedFlag) {
     ASSERT_EQ(got.size(), 1u);
     EXPECT_EQ(got[0].bytes.size(), 52u);
     EXPECT_FLOAT_EQ(got[0].value<float>(0), static_cast<float>(51.8352 * kRad));
-    EXPECT_EQ(got[0].value<std::int32_t>(4), static_cast<std::int32_t>(273.1 * 0.3048));
+    EXPECT_EQ(
+        got[0].value<std::int32_t>(4),
+        static_cast<std::int32_t>((client.sim.groundAltitudeFt(51.8352, -1.3225) + 3.1) * 0.3048));
     EXPECT_EQ(got[0].value<std::int32_t>(8), 3);
 
     client.sim.teleportUser(52.0, -1.0);

@@ -78,7 +78,8 @@ TEST_F(BuiltinSimObjects, AKnownTitleAppearsAfterTheDelayOnTheGround) {
     EXPECT_EQ(cg.bytes.size(), 56u);
     EXPECT_NEAR(cg.value<double>(0), 8.2, 1e-9);  // A20N
     EXPECT_NEAR(cg.value<double>(8), 0.4 * kRad, 1e-12);
-    EXPECT_NEAR(object->alt_ft, 270 + 8.2, 1e-9);
+    EXPECT_NEAR(object->alt_ft, client.sim.groundAltitudeFt(object->lat_deg, object->lon_deg) + 8.2,
+                1e-9);
 }
 
 TEST_F(BuiltinSimObjects, AnUnknownTitleFailsQuotingTheCreatePacket) {
@@ -258,8 +259,11 @@ TEST_F(BuiltinSimObjects, ARangeRequestAnswersPerObjectWithItsGround) {
     }
     EXPECT_EQ(got[0].as<SIMCONNECT_RECV_SIMOBJECT_DATA>().dwObjectID, 1u);
     EXPECT_EQ(got[1].as<SIMCONNECT_RECV_SIMOBJECT_DATA>().dwObjectID, near);
-    EXPECT_NEAR(got[1].value<double>(0), 3.5, 1e-9);    // above ground: its CG
-    EXPECT_NEAR(got[1].value<double>(8), 270.0, 1e-9);  // field elevation
+    EXPECT_NEAR(got[1].value<double>(0), 3.5, 1e-9);  // above ground: its CG
+    const auto nearObject = client.sim.object(near);
+    ASSERT_TRUE(nearObject);
+    EXPECT_NEAR(got[1].value<double>(8),
+                client.sim.groundAltitudeFt(nearObject->lat_deg, nearObject->lon_deg), 1e-9);
     EXPECT_EQ(got[1].value<std::int64_t>(16), 1);
     EXPECT_STREQ(reinterpret_cast<const char*>(got[1].bytes.data()) + 64, "G-NEAR");
     EXPECT_EQ(got[2].as<SIMCONNECT_RECV_SIMOBJECT_DATA>().dwObjectID, airborne);

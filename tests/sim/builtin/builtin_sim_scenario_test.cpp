@@ -2,6 +2,8 @@
 // and the user aircraft flying its path.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "sim/builtin/builtin_sim.h"
 #include "sim/builtin/builtin_sim_client.h"
 #include "sim/builtin/builtin_sim_scenario.h"
@@ -67,15 +69,23 @@ TEST(BuiltinSimScenario, BrokenFilesAreRefusedAndBadEntriesSkipped) {
     EXPECT_EQ(sim.object(0)->title, UserScenario{}.title) << "the world stays as it was";
 }
 
-TEST(BuiltinSimScenario, GroundIsFlatAtTheFieldAndBlendsAway) {
+TEST(BuiltinSimScenario, GroundFollowsTheLieOfTheFieldAndBlendsAway) {
     BuiltinSim sim;
     ASSERT_TRUE(sim.loadScenario(egtkScenarioPath()));
     const double lat = 51.8369, lon = -1.32;
     const double nmOfLat = 1.0 / 60.04;  // degrees of latitude per nautical mile here
-    EXPECT_EQ(sim.groundAltitudeFt(lat, lon), 270);
-    EXPECT_EQ(sim.groundAltitudeFt(lat + 1.9 * nmOfLat, lon), 270);
-    EXPECT_NEAR(sim.groundAltitudeFt(lat + 3 * nmOfLat, lon), 260, 0.5) << "half way out";
-    EXPECT_EQ(sim.groundAltitudeFt(lat + 10 * nmOfLat, lon), 250);
+    const auto ground = [&](double north_nm) {
+        return sim.groundAltitudeFt(lat + north_nm * nmOfLat, lon);
+    };
+    EXPECT_NEAR(ground(0), 270, 1e-9) << "the field elevation at the reference point";
+    // Tilted: a mile north and a mile south differ by feet, not inches; and
+    // smooth: ten metres apart by far less than a foot.
+    EXPECT_GT(ground(1) - ground(-1), 10);
+    EXPECT_LT(ground(1) - ground(-1), 40);
+    EXPECT_LT(std::abs(ground(1) - ground(1 + 10.0 / 1852)), 0.5);
+    // Blending away from the field without a step, to the default far out.
+    EXPECT_NEAR(ground(2.999), ground(3.001), 0.1);
+    EXPECT_NEAR(sim.groundAltitudeFt(lat + 10 * nmOfLat, lon), 250, 1e-9);
 }
 
 TEST(BuiltinSimScenario, TheUserAircraftFliesItsPath) {
@@ -96,7 +106,7 @@ TEST(BuiltinSimScenario, TheUserAircraftFliesItsPath) {
     EXPECT_NEAR(u.lat_deg, (51.8352 + 51.8300) / 2, 1e-9);
     EXPECT_NEAR(u.heading_deg, 170, 5);
     EXPECT_TRUE(u.onGround);
-    EXPECT_NEAR(u.alt_ft, 270 + 3.1, 1e-9);
+    EXPECT_NEAR(u.alt_ft, sim.groundAltitudeFt(u.lat_deg, u.lon_deg) + 3.1, 1e-9);
 
     sim.pause(true);
     sim.advance(100000);
