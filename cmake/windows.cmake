@@ -55,4 +55,8 @@ zept_wine_test(windows.Production
 if(ZEPT_E2E)
   zept_wine_test(windows.MainJobUnderWine
     COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh main-job ${CMAKE_BINARY_DIR})
+  # The same job as on a user's machine: no --demo, SimConnect.dll beside
+  # zept.exe (the built-in simulator's facade library).
+  zept_wine_test(windows.MainJobThroughSimConnectLibrary
+    COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh simconnect ${CMAKE_BINARY_DIR})
 endif()
