@@ -29,7 +29,11 @@ function(zept_wine_test name)
 endfunction()
 
 # Unit tests that cannot pass under Wine, each with the reason. They run in
-# the Linux build.
+# the Linux build. (The tests that kill a child process part way, through
+# fork and signals, are POSIX only and not built here: ProgramRun.*,
+# Migration.AKillAnywhereLeavesItDoneOrNotBegun,
+# ScannedLiveriesFile.KilledWriterLeavesAWholeFile. The Wine main job tests
+# stop the program through the console's control event instead.)
 set(ZEPT_WINE_SKIPS
   # A folder's read-only attribute does not stop writing into it on Windows
   # (its ACL would, which the test cannot set portably).
