@@ -5,7 +5,8 @@
 # by name: a test that starts threads belongs to a suite named there, or has
 # Thread, Concurrent, Racing or Parallel in its name), then the Windows
 # build, cross-built with MinGW-w64 and run under Wine: the unit tests, the
-# release folder's command line job and the main job.
+# release folder's command line job and the main job, once on the built-in
+# simulator and once through the SimConnect library's C functions.
 # Installs what is missing first (scripts/setup.sh --windows). The Windows
 # libraries are built once from Debian's source packages into a cache outside
 # the tree (scripts/windows_deps.sh); that and Wine's first start run beside
