@@ -14,14 +14,30 @@ endif()
 
 set(ZEPT_WINE ${CMAKE_SOURCE_DIR}/cmake/wine_run.sh)
 
+# A test that runs under Wine: zept_wine_test(NAME COMMAND...). The program
+# of the test (a cross-built target's $<TARGET_FILE:...>, or a script that
+# starts one through ${ZEPT_WINE}) follows COMMAND. One Wine prefix serves
+# them all, and the program's named mutex is one per prefix: never two at
+# once.
+function(zept_wine_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "COMMAND" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 900)
+  endif()
+  add_test(NAME ${name} COMMAND ${ARG_COMMAND})
+  set_tests_properties(${name} PROPERTIES RESOURCE_LOCK wine TIMEOUT ${ARG_TIMEOUT})
+endfunction()
+
 # Unit tests that cannot pass under Wine, each with the reason. They run in
-# the Linux build.
+# the Linux build. (The tests that kill a child process part way, through
+# fork and signals, are POSIX only and not built here: ProgramRun.*,
+# Migration.AKillAnywhereLeavesItDoneOrNotBegun,
+# ScannedLiveriesFile.KilledWriterLeavesAWholeFile. The Wine main job tests
+# stop the program through the console's control event instead.)
 set(ZEPT_WINE_SKIPS
   # A folder's read-only attribute does not stop writing into it on Windows
   # (its ACL would, which the test cannot set portably).
   SaveXml.UnwritablePlaceKeepsTheOldFile
-  # Expects "/" in the paths of its messages; Windows writes them with "\".
-  ReferenceDb.MissingSectionsAndBrokenFiles
   # Under Wine a wait in accept ends about 0.5 s after another thread closes
   # the listening socket, at the test's time bound (the wait does end).
   RtAppRoad.ClosingTheWindowEndsAWaitForTheApplication
@@ -33,19 +49,18 @@ endif()
 
 # One Wine process for the whole unit test program: starting Wine for each of
 # several hundred tests would cost minutes.
-add_test(NAME windows.UnitTests
-         COMMAND ${ZEPT_WINE} $<TARGET_FILE:zept_tests> --gtest_brief=1 ${ZEPT_WINE_FILTER})
+zept_wine_test(windows.UnitTests
+  COMMAND ${ZEPT_WINE} $<TARGET_FILE:zept_tests> --gtest_brief=1 ${ZEPT_WINE_FILTER})
 
 # The release folder as a user would run it: the command line job, then the
 # main job with the built-in simulator and the Linux stand-in application.
-add_test(NAME windows.Production
-         COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh production ${CMAKE_BINARY_DIR})
+zept_wine_test(windows.Production
+  COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh production ${CMAKE_BINARY_DIR})
 if(ZEPT_E2E)
-  add_test(NAME windows.MainJobUnderWine
-           COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh main-job ${CMAKE_BINARY_DIR})
+  zept_wine_test(windows.MainJobUnderWine
+    COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh main-job ${CMAKE_BINARY_DIR})
+  # The same job as on a user's machine: no --demo, SimConnect.dll beside
+  # zept.exe (the built-in simulator's facade library).
+  zept_wine_test(windows.MainJobThroughSimConnectLibrary
+    COMMAND ${CMAKE_SOURCE_DIR}/tests/e2e/run_wine.sh simconnect ${CMAKE_BINARY_DIR})
 endif()
-
-# One Wine prefix serves them all, and the program's named mutex is one per
-# prefix: never two at once.
-get_property(ZEPT_WINDOWS_TESTS DIRECTORY PROPERTY TESTS)
-set_tests_properties(${ZEPT_WINDOWS_TESTS} PROPERTIES RESOURCE_LOCK wine TIMEOUT 900)

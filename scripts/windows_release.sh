@@ -20,9 +20,9 @@ mkdir -p "$release/docs" "$release/input"
 cp "$build/zept.exe" "$release/"
 cp "$build"/input/*.enc "$release/input/"
 cp "$src/README.md" "$release/docs/"
-# The demo scenario; its installation of AI packages is not laid out for Wine
-# yet, so the scenario keeps its own list of titles.
-cp "$src/data/sim_scenario_egtk.json" "$release/sim_scenario.json"
+# The built-in simulator's demo scenario, without its own list of titles:
+# like the real simulator it finds the installed ones through UserCfg.opt.
+"$src/scripts/scenario_without_titles.py" "$src/data/sim_scenario_egtk.json" "$release/sim_scenario.json"
 
 declare -A copied
 pending=("$release/zept.exe")

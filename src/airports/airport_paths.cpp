@@ -11,6 +11,7 @@
 #include "airports/airport_catalogue.h"
 #include "app/log.h"
 #include "app/text_utils.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -81,9 +82,10 @@ std::optional<fs::path> gf_readPointerFile(const fs::path& txt) {
     std::getline(in, line);
     const std::string target = gf_trim(line);
     if (target.size() < 4) return std::nullopt;
-    const std::string ext = lf_lower(fs::path(target).extension().string());
+    fs::path path = pf_pathFromUtf8(target);
+    const std::string ext = lf_lower(path.extension().string());
     if (ext != ".xml" && ext != ".enc") return std::nullopt;
-    return fs::path(target);
+    return path;
 }
 
 std::optional<fs::path> gf_findAirportFile(const IcaoCode& icao) {
@@ -152,7 +154,7 @@ fs::path gf_learnedFolderOf(std::string_view publisher) {
     const fs::path learned = fs::path("airports") / "learned";
     if (publisher == "stock") return learned / "stock";
     if (publisher == "simaddon") return learned / "simaddon";
-    return learned / "thirdparty" / fs::path(std::string(publisher));
+    return learned / "thirdparty" / pf_pathFromUtf8(publisher);
 }
 
 std::optional<fs::path> gf_learnedPathOf(const fs::path& path, std::string_view publisher) {

@@ -9,6 +9,7 @@
 #include "app/parameters.h"
 #include "app/run_state.h"
 #include "platform/known_folders.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -79,7 +80,10 @@ std::optional<fs::path> gf_findInstallPath() {
         std::error_code ec;
         if (!fs::exists(candidate, ec)) continue;
         const auto path = gf_installedPackagesPathOf(candidate);
-        if (path && gf_isValidInstallPath(fs::path(*path), msfs2020)) return fs::path(*path);
+        // The simulator writes the file in UTF-8 (a user name in the path
+        // is often not ASCII).
+        if (path && gf_isValidInstallPath(pf_pathFromUtf8(*path), msfs2020))
+            return pf_pathFromUtf8(*path);
         return std::nullopt;  // the first UserCfg.opt found is the one that counts
     }
     return std::nullopt;

@@ -114,7 +114,8 @@ void lf_merge(const pugi::xml_node& root, const fs::path& path, std::vector<Stan
 // Keeps the damaged file as its one generation and says so.
 void lf_setAside(const fs::path& path, const std::string& why) {
     gf_save1GenerationOf(path);
-    gf_logError(fmt::format("{} found, not loaded: {}, saved as *.0.xml", path.string(), why));
+    gf_logError(
+        fmt::format("{} found, not loaded: {}, saved as *.0.xml", path.generic_string(), why));
 }
 
 }  // namespace
@@ -136,7 +137,7 @@ bool lf_readLearned(const fs::path& learnedPath, const std::string& airportName,
         lf_setAside(learnedPath, "refused to load");
         return false;
     }
-    gf_logLine(fmt::format("Read from learned airport file: '{}'", learnedPath.string()));
+    gf_logLine(fmt::format("Read from learned airport file: '{}'", learnedPath.generic_string()));
     const std::string learnedName = gf_apfParameter(root, "airport_name").value();
     if (learnedName != airportName)
         gf_logLine(

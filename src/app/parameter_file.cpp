@@ -18,6 +18,8 @@
 #include "app/text_utils.h"
 #include "app/version.h"
 #include "platform/known_folders.h"
+#include "platform/process_inputs.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -35,15 +37,6 @@ constexpr const char* FILE_NAME = "parameters.xml";
 // that finds no usable file writes a new one.
 std::recursive_mutex fileMutex;
 
-std::string lf_pathToUtf8(const fs::path& p) {
-    const std::u8string u8 = p.u8string();
-    return std::string(u8.begin(), u8.end());
-}
-
-fs::path lf_pathFromUtf8(std::string_view text) {
-    return fs::path(std::u8string(text.begin(), text.end()));
-}
-
 // Values as they stand in the file and in the log.
 std::string lf_valueText(const IntParameter& p) {
     return fmt::format("{}", p.current);
@@ -55,7 +48,7 @@ std::string lf_valueText(const StringParameter& p) {
     return p.current;
 }
 std::string lf_valueText(const PathParameter& p) {
-    return lf_pathToUtf8(p.current);
+    return pf_pathToUtf8(p.current);
 }
 
 std::string lf_logText(const IntParameter& p) {
@@ -148,7 +141,7 @@ void lf_take(StringParameter& p, pugi::xml_attribute a) {
     }
 }
 void lf_take(PathParameter& p, pugi::xml_attribute a) {
-    p.current = a ? lf_pathFromUtf8(a.as_string()) : fs::path();
+    p.current = a ? pf_pathFromUtf8(a.as_string()) : fs::path();
 }
 
 pugi::xml_node lf_find(pugi::xml_node section, const std::string& key) {
@@ -253,8 +246,8 @@ void lf_writeThrough(const P& p) {
 
 fs::path gf_dataFolder() {
     fs::path folder;
-    if (const char* dir = std::getenv("ZEPT_DATA_DIR"); dir != nullptr && *dir != '\0') {
-        folder = dir;
+    if (const auto dir = pf_environmentText("ZEPT_DATA_DIR")) {
+        folder = pf_pathFromUtf8(*dir);
     } else {
         const auto roaming = pf_roamingAppData();
         if (!roaming) throw std::runtime_error("Could not find the AppData path");

@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "platform/wide_text.h"
+
 namespace tfx {
 
 RunWords runWords;
@@ -62,7 +64,7 @@ RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& proble
             if (hasValue && argv[i + 1][0] != '\0') {
                 (word == "--record"       ? words.recording
                  : word == "--simconnect" ? words.simconnectLibrary
-                                          : words.tickFigures) = argv[++i];
+                                          : words.tickFigures) = pf_pathFromUtf8(argv[++i]);
             } else {
                 problems.push_back(fmt::format("{} needs a file name", word));
             }

@@ -23,8 +23,8 @@ struct RunWords {
 };
 extern RunWords runWords;
 
-// Words are case-insensitive. Unknown words and bad values are skipped, each
-// with a line in problems.
+// The words are UTF-8 (see pf_commandLineWords) and case-insensitive. Unknown words and bad values
+// are skipped, each with a line in problems.
 RunWords gf_readRunWords(int argc, char** argv, std::vector<std::string>& problems);
 
 // The usage text, one word per line.

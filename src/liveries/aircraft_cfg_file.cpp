@@ -11,6 +11,7 @@
 #include "liveries/aircraft_cfg.h"
 #include "liveries/liveries_scan_state.h"
 #include "liveries/reference_db.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -131,7 +132,7 @@ std::size_t lf_searchLiveriesinIVAOFile(std::uint16_t rank, const fs::path& path
     try {
         std::vector<std::string> lines;
         if (!lf_readCfg(path, lines)) return 0;
-        return lf_ivaoLiveriesOfLines(rank, lines, path.generic_string());
+        return lf_ivaoLiveriesOfLines(rank, lines, pf_pathToUtf8(path));
     } catch (const std::exception& e) {
         gf_logLine(fmt::format("! Exception in lf_searchLiveriesinIVAOFile {}: {}", path.string(),
                                e.what()));

@@ -215,24 +215,25 @@ bool gf_readDbase() {
     const fs::path plainName = fs::path("input") / "dbase.xml";
     std::error_code ec;
     if (!fs::exists(encrypted, ec))
-        throw std::runtime_error(fmt::format("{} not available", encrypted.string()));
+        throw std::runtime_error(fmt::format("{} not available", encrypted.generic_string()));
     const auto plain = gf_decryptToTemporary(encrypted, plainName);
     if (!plain)
-        throw std::runtime_error(fmt::format("{} stream decrypt failed", encrypted.string()));
+        throw std::runtime_error(
+            fmt::format("{} stream decrypt failed", encrypted.generic_string()));
     const PlainFileGuard guard{*plain};
 
     pugi::xml_document document;
     const pugi::xml_parse_result parsed = document.load_file(plain->c_str());
     if (!parsed) {
         if (parsed.status == pugi::status_file_not_found || parsed.status == pugi::status_io_error)
-            gf_logError(fmt::format("{} could not be opened", plainName.string()));
+            gf_logError(fmt::format("{} could not be opened", plainName.generic_string()));
         else
-            gf_logError(
-                fmt::format("{} not read because: {}", plainName.string(), parsed.description()));
+            gf_logError(fmt::format("{} not read because: {}", plainName.generic_string(),
+                                    parsed.description()));
         return false;
     }
     if (!document.child("root")) {
-        gf_logError(fmt::format("'{}' has no root node", plainName.string()));
+        gf_logError(fmt::format("'{}' has no root node", plainName.generic_string()));
         return false;
     }
 

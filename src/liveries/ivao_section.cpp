@@ -11,6 +11,7 @@
 #include "liveries/liveries_scan_state.h"
 #include "liveries/livery.h"
 #include "liveries/reference_db.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -50,8 +51,11 @@ std::optional<std::string> lf_folderWord(std::string_view path, std::string_view
 }
 
 std::optional<std::string> lf_modelOfPath(const std::string& pathText) {
-    auto word = lf_folderWord(pathText, "IVAO_MTL");
-    if (!word) word = lf_folderWord(pathText, "ivao_x-csl");
+    // The reports show the path as the system writes it; the layout is
+    // matched with "/" on every system.
+    const std::string generic = pf_pathFromUtf8(pathText).generic_string();
+    auto word = lf_folderWord(generic, "IVAO_MTL");
+    if (!word) word = lf_folderWord(generic, "ivao_x-csl");
     if (!word) return std::nullopt;
     return lf_validatedModel(lf_upper(word->substr(0, 4)), pathText);
 }
@@ -119,7 +123,8 @@ bool lf_procesIVAOSection(std::uint16_t rank, const std::vector<std::string_view
     }
     if (texture) {
         std::error_code ec;
-        const fs::path folder = fs::path(pathText).parent_path() / ("texture." + *texture);
+        const fs::path folder =
+            pf_pathFromUtf8(pathText).parent_path() / pf_pathFromUtf8("texture." + *texture);
         if (!fs::is_directory(folder, ec))
             return lf_reject(pathText, head, fmt::format(" texture.{} does not exist", *texture));
     }

@@ -51,15 +51,16 @@ void lf_loadDontUseTitles() {
     const fs::path enc = fs::path("input") / "AIG-regcodes.enc";
     std::error_code ec;
     if (!fs::exists(enc, ec)) {
-        gf_logError(fmt::format("{} not available", enc.string()));
+        gf_logError(fmt::format("{} not available", enc.generic_string()));
     } else if (const auto plain =
                    gf_decryptToTemporary(enc, fs::path("input") / "AIG-regcodes.xml")) {
         std::vector<RegcodeEntry> entries;
         const bool ok = gf_readAigRegcodesXml(*plain, entries);
         fs::remove(*plain, ec);
         if (!ok)
-            gf_showError(fmt::format(
-                "There were errors in processing the file '{}', see the Log.txt", enc.string()));
+            gf_showError(
+                fmt::format("There were errors in processing the file '{}', see the Log.txt",
+                            enc.generic_string()));
         const std::size_t n = lf_addDontUse(entries);
         gf_logLine(fmt::format("{:5} don't use title{} read", n, lf_plural(n)));
     }
@@ -69,10 +70,10 @@ void lf_loadDontUseTitles() {
         if (!gf_readRegcodeFolder(folder, entries))
             gf_showError(fmt::format(
                 "There were errors in processing the regcode files in folder '{}', see the Log.txt",
-                folder.string()));
+                folder.generic_string()));
         const std::size_t n = lf_addDontUse(entries);
         gf_logLine(fmt::format("{:5} don't use title{} read from files in {}", n, lf_plural(n),
-                               folder.string()));
+                               folder.generic_string()));
     }
     gf_logLine(fmt::format("{:5} don't use liveries", dontUseTitles.size()));
     std::vector<std::string> titles(dontUseTitles.begin(), dontUseTitles.end());

@@ -38,8 +38,8 @@ void lf_writeClashes(const std::vector<std::string>& clashes) {
     if (clashes.empty()) return;
     const fs::path path = fs::path("output") / "errors" / "InlineRegcodes.txt";
     if (gf_writeReportLines(path, clashes))
-        gf_logLine(
-            fmt::format("{:5} in-line regcode clashes, see '{}'", clashes.size(), path.string()));
+        gf_logLine(fmt::format("{:5} in-line regcode clashes, see '{}'", clashes.size(),
+                               path.generic_string()));
 }
 
 }  // namespace
@@ -71,8 +71,8 @@ std::shared_ptr<LiveryIndex> gf_buildLiveryIndex(const std::vector<Livery>& list
 void gf_processScannedLiveries() {
     gf_logLine("\n+++++ processing scanned liveries +++++");
     if (!gf_readScannedLiveries())
-        throw std::runtime_error(
-            fmt::format("{} could not be read completely", gf_scannedLiveriesPath().string()));
+        throw std::runtime_error(fmt::format("{} could not be read completely",
+                                             gf_scannedLiveriesPath().generic_string()));
     Gui::enqueueUpdate({GuiKind::LiveryCount, static_cast<std::int64_t>(scanList.size())});
 
     gf_publishLiveryIndex(gf_buildLiveryIndex(scanList));

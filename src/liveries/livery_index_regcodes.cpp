@@ -67,34 +67,35 @@ void lf_offlineRegcodes(LiveryIndex& index, std::vector<std::string>& results) {
     const fs::path enc = fs::path("input") / "AIG-regcodes.enc";
     std::error_code ec;
     if (!fs::exists(enc, ec)) {
-        gf_logError(fmt::format("{} not available", enc.string()));
+        gf_logError(fmt::format("{} not available", enc.generic_string()));
         return;
     }
     // The plain text lives only while it is read; the build runs alone on
     // the main thread, so the plain file may take its own name.
     const fs::path plain = fs::path("input") / "AIG-regcodes.xml";
     if (!gf_streamDecrypt(enc, plain)) {
-        gf_logError(fmt::format("Could not decrypt {}", enc.string()));
+        gf_logError(fmt::format("Could not decrypt {}", enc.generic_string()));
         return;
     }
     gf_logLine("\n******* Offline regcodes ******");
-    results.push_back(fmt::format("Processing '{}'", plain.string()));
+    results.push_back(fmt::format("Processing '{}'", plain.generic_string()));
     std::vector<RegcodeEntry> entries;
     const bool ok = gf_readAigRegcodesXml(plain, entries);
     fs::remove(plain, ec);
     if (!ok)
-        results.push_back(fmt::format(
-            "There were errors processing the AIG-regcode file '{}', see Log.txt", enc.string()));
+        results.push_back(
+            fmt::format("There were errors processing the AIG-regcode file '{}', see Log.txt",
+                        enc.generic_string()));
     lf_apply(index, entries, results);
 
     const fs::path folder = fs::path("input") / "my_regcodes";
     if (lf_folderHasEntries(folder)) {
-        results.push_back(fmt::format("Processing files in {}", folder.string()));
+        results.push_back(fmt::format("Processing files in {}", folder.generic_string()));
         entries.clear();
         if (!gf_readRegcodeFolder(folder, entries))
             gf_showStatus(fmt::format(
                 "There were errors processing the regcode files in folder '{}', see Log.txt",
-                folder.string()));
+                folder.generic_string()));
         lf_apply(index, entries, results);
     }
 }
@@ -123,7 +124,7 @@ void lf_processOfflineRegcodes(LiveryIndex& index) {
     if (!results.empty() && gf_writeReportLines(report, results))
         gf_logLine(fmt::format(
             "****** Offline regcode files processed, results can be found in '{}' ******\n",
-            report.string()));
+            report.generic_string()));
     if (!index.specialTitles.empty())
         gf_logLine(fmt::format("{:5} special liveries", index.specialTitles.size()));
     if (!index.uniqueRegcodes.empty())

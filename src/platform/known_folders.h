@@ -6,11 +6,11 @@
 
 namespace tfx {
 
-// %APPDATA% on Windows; $XDG_CONFIG_HOME, else ~/.config, here.
-// Empty when neither can be found.
+// %APPDATA% on Windows (the variable, else the known folder); $XDG_CONFIG_HOME, else ~/.config,
+// here. Empty when neither can be found.
 std::optional<std::filesystem::path> pf_roamingAppData();
 
-// The user's local application data: %LOCALAPPDATA% on Windows;
+// The user's local application data: %LOCALAPPDATA% on Windows (as above);
 // $XDG_DATA_HOME, else ~/.local/share, here. Empty when neither is found.
 std::optional<std::filesystem::path> pf_localAppData();
 

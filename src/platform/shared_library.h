@@ -1,5 +1,5 @@
-// Loading a shared library at run time by its full path, and the places a
-// program looks for one: its own folder and folders named by the environment.
+// Loading a shared library at run time by its full path, and the folder of
+// the running program, where one is looked for first.
 // A library once loaded stays for the life of the process (unloading one that
 // runs threads of its own can hang the process on Windows).
 #pragma once
@@ -18,7 +18,5 @@ void* pf_loadLibrary(const std::filesystem::path& file, std::string& why);
 void* pf_librarySymbol(void* library, const char* name);
 // The folder of the running program's file.
 std::optional<std::filesystem::path> pf_programFolder();
-// A folder named by an environment variable; nothing when unset or empty.
-std::optional<std::filesystem::path> pf_environmentPath(const char* name);
 
 }  // namespace tfx

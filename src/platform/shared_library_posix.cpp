@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <system_error>
 
 namespace tfx {
@@ -26,12 +25,6 @@ std::optional<std::filesystem::path> pf_programFolder() {
     const auto file = std::filesystem::read_symlink("/proc/self/exe", ec);
     if (ec || file.empty()) return std::nullopt;
     return file.parent_path();
-}
-
-std::optional<std::filesystem::path> pf_environmentPath(const char* name) {
-    const char* value = std::getenv(name);
-    if (value == nullptr || *value == '\0') return std::nullopt;
-    return std::filesystem::path(value);
 }
 
 }  // namespace tfx

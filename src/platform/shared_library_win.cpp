@@ -2,7 +2,6 @@
 
 #include "platform/windows_headers.h"
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -54,13 +53,6 @@ std::optional<std::filesystem::path> pf_programFolder() {
             return std::filesystem::path(std::wstring(buffer.data(), length)).parent_path();
         buffer.resize(buffer.size() * 2);
     }
-}
-
-std::optional<std::filesystem::path> pf_environmentPath(const char* name) {
-    const std::wstring wide(name, name + std::char_traits<char>::length(name));
-    const wchar_t* value = ::_wgetenv(wide.c_str());
-    if (value == nullptr || *value == L'\0') return std::nullopt;
-    return std::filesystem::path(value);
 }
 
 }  // namespace tfx

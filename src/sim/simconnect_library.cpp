@@ -11,6 +11,7 @@
 
 #include "app/log.h"
 #include "gui/gui.h"
+#include "platform/process_inputs.h"
 #include "platform/shared_library.h"
 
 namespace tfx {

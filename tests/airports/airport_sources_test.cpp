@@ -31,6 +31,7 @@ const std::string TWO_STANDS =
 struct SourcesTest : ::testing::Test {
     TempWorkdir dir;
     void SetUp() override {
+        gf_clearAirportTable();  // a session run before this one read another catalogue
         sealInto(dir, "input/airports.enc",
                  R"(<root><airports><ap c="EHAM" la="52.3" lo="4.76" a="-11"/>)"
                  R"(<ap c="EGTK" la="51.8" lo="-1.3" a="270"/></airports></root>)");

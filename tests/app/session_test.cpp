@@ -44,7 +44,10 @@ struct CloseOnExit {
     ~CloseOnExit() { gf_requestExit(ExitReason::UserClosedSim, 1); }
 };
 
+// "--demo": the built-in simulator answers where a SimConnect library is
+// looked for first and none is found (Windows).
 int runEntry(std::vector<std::string> words) {
+    words.push_back("--demo");
     std::vector<char*> argv;
     for (auto& w : words) argv.push_back(w.data());
     return gf_programEntry(static_cast<int>(argv.size()), argv.data());

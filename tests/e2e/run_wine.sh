@@ -5,9 +5,17 @@
 #     its settings land in the roaming application data folder of Windows.
 #   tests/e2e/run_wine.sh main-job WINDOWS_BUILD_DIR [LINUX_BUILD_DIR]
 #     zept.exe on the road "RT App" with the built-in simulator, fed by the
-#     Linux stand-in application on loopback for a minute: aircraft are
-#     created, status lines are printed, a second instance is refused, and
-#     Ctrl-C closes it cleanly.
+#     Linux stand-in application on loopback for a minute. The demo AI
+#     installation stands where the simulator's Store edition has it, found
+#     through its UserCfg.opt under the local application data folder.
+#     Aircraft are created, status lines are printed, the recording lands
+#     under its non-ASCII name, a second instance is refused, and Ctrl-C
+#     closes it cleanly.
+#   tests/e2e/run_wine.sh simconnect WINDOWS_BUILD_DIR [LINUX_BUILD_DIR]
+#     The same job without --demo, with the built-in simulator's facade
+#     library copied beside zept.exe as SimConnect.dll: the program finds it
+#     there as it finds the simulator's own on a user's machine, and talks to
+#     the simulator through its C functions only.
 set -euo pipefail
 mode="$1"
 
@@ -15,7 +23,7 @@ mode="$1"
 # which other runs on this machine may hold: it runs in a network namespace
 # of its own (loopback only) when one can be made. Wine's sockets live in
 # its wineserver, so the prefix's server must start inside the namespace.
-if [ "$mode" = main-job ] && [ -z "${ZEPT_WINE_NETNS:-}" ] &&
+if [ "$mode" != production ] && [ -z "${ZEPT_WINE_NETNS:-}" ] &&
    unshare --net true 2>/dev/null; then
   "$(dirname "$0")/../../cmake/wine_run.sh" --wait-server
   exec env ZEPT_WINE_NETNS=1 unshare --net "$0" "$@"
@@ -63,8 +71,14 @@ cp -r "$build/release" "$work/program"
 # run starts from the default parameters.
 "$wine_run" cmd /c exit >/dev/null 2>&1 || true
 prefix="${ZEPT_WINEPREFIX:-$HOME/.cache/zept-windows-deps/wine}"
-data_folder="$(find "$prefix/drive_c/users" -maxdepth 3 -type d -path '*/AppData/Roaming' | head -1)/ZEPT"
+app_data="$(find "$prefix/drive_c/users" -maxdepth 3 -type d -path '*/AppData/Roaming' | head -1)"
+data_folder="$app_data/ZEPT"
 rm -rf "$data_folder"
+# Where the simulator's Store edition keeps its settings and packages; no
+# other test of the prefix may find them.
+store_cache="$(dirname "$app_data")/Local/Packages/Microsoft.FlightSimulator_8wekyb3d8bbwe/LocalCache"
+rm -rf "$(dirname "$store_cache")"
+trap 'rm -rf "$(dirname "$store_cache")"; cleanup' EXIT
 
 cd "$work/program"
 
@@ -85,11 +99,39 @@ if [ "$mode" = production ]; then
   exit 0
 fi
 
-[ "$mode" = main-job ] || { echo "unknown mode $mode"; exit 2; }
+case "$mode" in
+  main-job | simconnect) ;;
+  *) echo "unknown mode $mode"; exit 2 ;;
+esac
 standin="$linux_build/rt_app_standin"
 if [ ! -x "$standin" ]; then
   echo "the Linux stand-in application is missing: $standin (cmake --build --preset default)"
   exit 1
+fi
+
+# The demo installation, laid out as the simulator lays out its own.
+mkdir -p "$store_cache"
+cp -r "$src/data/ai_install_small/Packages" "$store_cache/"
+windows_user="$(basename "$(dirname "$(dirname "$app_data")")")"
+printf 'Version 63\r\nInstalledPackagesPath "C:\\users\\%s\\AppData\\Local\\Packages\\%s\\LocalCache\\Packages"\r\n' \
+  "$windows_user" Microsoft.FlightSimulator_8wekyb3d8bbwe >"$store_cache/UserCfg.opt"
+
+if [ "$mode" = simconnect ]; then
+  facade="$build/facade/SimConnect.dll"
+  if [ ! -f "$facade" ]; then
+    echo "no facade library $facade (cmake --build --preset windows)"
+    exit 1
+  fi
+  cp "$facade" .
+  # The simulator behind the library writes its own recording and log.
+  recording=motion.csv
+  export ZEPT_SIM_RECORD="$recording" ZEPT_SIM_LOG=SimLog.txt
+  words=(--rt-app --status 2 --duration 240)
+else
+  # A file name outside any single code page: the command line must reach
+  # the program as it was typed.
+  recording="motion Jörg ✈ Ωμέγα.csv"
+  words=(--rt-app --demo --status 2 --duration 240 --record "$recording")
 fi
 
 # The scenario's last minute and a half: live reports, then silence.
@@ -97,16 +139,19 @@ fi
   >"$work/standin.txt" 2>&1 &
 standin_pid=$!
 
-"$wine_run" zept.exe --rt-app --demo --status 2 --duration 240 >"$work/console.txt" 2>&1 &
+"$wine_run" zept.exe "${words[@]}" >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
-# A second copy of the program is refused at once by the named mutex.
-sleep 15
-status=0
-timeout 60 "$wine_run" zept.exe --production >"$work/second.txt" 2>&1 || status=$?
-check "a second zept.exe is refused with exit code -1 (was $status)" test "$status" = 255
-
-sleep 45
+if [ "$mode" = main-job ]; then
+  # A second copy of the program is refused at once by the named mutex.
+  sleep 15
+  status=0
+  timeout 60 "$wine_run" zept.exe --production >"$work/second.txt" 2>&1 || status=$?
+  check "a second zept.exe is refused with exit code -1 (was $status)" test "$status" = 255
+  sleep 45
+else
+  sleep 60
+fi
 check "zept.exe still runs after a minute" kill -0 "$zept_pid"
 
 # Ctrl-C, as a user at the console would: Wine hands it to the console
@@ -133,6 +178,13 @@ if [[ "$(grep ' | created ' "$work/console.txt" | tail -1)" =~ created\ ([0-9]+)
 fi
 check "aircraft were created in the built-in simulator ($created)" test "$created" -gt 0
 check "the RealTraffic application was connected" has Log.txt "RealTraffic connected"
+check "the installation was found through UserCfg.opt" has Log.txt "LocalCache\\Packages"
+check "the recording is under its own name" test -s "$recording"
+if [ "$mode" = simconnect ]; then
+  check "the log names SimConnect.dll beside zept.exe as the library loaded" \
+    grep -qE 'SimConnect library loaded: .*\\program\\SimConnect\.dll' Log.txt
+  check "the simulator behind the library kept its own log" test -s SimLog.txt
+fi
 for line in "stop requested from the console" "Exiting: USER CLOSED SIM" \
             "Shutdown cleanup completed; posting MSG_EXIT"; do
   check "the log has \"$line\"" has Log.txt "$line"

@@ -14,6 +14,7 @@
 #include "app/parameters.h"
 #include "app/run_state.h"
 #include "liveries/liveries_walk.h"
+#include "platform/wide_text.h"
 #include "support/environment.h"
 #include "support/temp_workdir.h"
 
@@ -21,14 +22,6 @@ namespace fs = std::filesystem;
 using namespace tfx;
 
 namespace {
-
-struct Env {
-    Env(const char* name, const fs::path& value) : name_(name) {
-        test::setEnvVar(name, value.string());
-    }
-    ~Env() { test::setEnvVar(name_, ""); }
-    const char* name_;
-};
 
 void lf_folders(const fs::path& base, std::initializer_list<const char*> names) {
     for (const char* n : names) fs::create_directories(base / n);
@@ -39,10 +32,12 @@ void lf_folders(const fs::path& base, std::initializer_list<const char*> names) 
 TEST(PackageDetection, InstallPathFromUserCfg) {
     test::TempWorkdir dir;
     const fs::path local = dir.path() / "local", roaming = dir.path() / "roaming";
-    Env l("XDG_DATA_HOME", local), r("XDG_CONFIG_HOME", roaming);
+    test::ScopedEnvVar l(test::LOCAL_APP_DATA_VARIABLE, local.string());
+    test::ScopedEnvVar r(test::ROAMING_APP_DATA_VARIABLE, roaming.string());
     EXPECT_EQ(gf_findInstallPath(), std::nullopt);
 
-    const fs::path packages = dir.path() / "My Sim" / "Packages";
+    // The file is UTF-8, and user names in its path are often not ASCII.
+    const fs::path packages = dir.path() / pf_pathFromUtf8("Jörg's Sim ✈") / "Packages";
     lf_folders(packages, {"Community", "Official"});
     const auto candidates = gf_userCfgCandidates(local, roaming, true);
     fs::create_directories(candidates[1].parent_path());

@@ -1,11 +1,11 @@
 #include "sim/builtin/builtin_sim_start.h"
 
-#include <cstdlib>
 #include <optional>
 
 #include <fmt/format.h>
 
 #include "app/log.h"
+#include "platform/process_inputs.h"
 #include "sim/builtin/installed_titles.h"
 
 namespace tfx {
@@ -21,8 +21,7 @@ Scenario lf_defaultScenario() {
 }
 
 std::filesystem::path lf_scenarioPath() {
-    if (const char* env = std::getenv("ZEPT_SIM_SCENARIO"); env != nullptr && *env != '\0')
-        return env;
+    if (auto named = pf_environmentPath("ZEPT_SIM_SCENARIO")) return *named;
     if (std::filesystem::exists("sim_scenario.json")) return "sim_scenario.json";
     return {};
 }

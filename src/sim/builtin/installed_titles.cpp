@@ -5,6 +5,7 @@
 
 #include "app/text_files.h"
 #include "platform/known_folders.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -73,7 +74,7 @@ std::optional<fs::path> gf_simPackagesFolder() {
         const auto open = line.find('"');
         const auto close = open == std::string::npos ? open : line.find('"', open + 1);
         if (close == std::string::npos) return std::nullopt;
-        return fs::path(line.substr(open + 1, close - open - 1));
+        return pf_pathFromUtf8(line.substr(open + 1, close - open - 1));
     }
     return std::nullopt;
 }

@@ -13,10 +13,10 @@
 // The functions are exactly those of simconnect_c_api.h, no more; nothing
 // else leaves the library (the export list holds them alone), so the copy of
 // the program's code inside it never mixes with the program's own.
-#include <cstdlib>
 #include <memory>
 
 #include "app/log.h"
+#include "platform/process_inputs.h"
 #include "sim/builtin/builtin_sim_start.h"
 #include "sim/simconnect_c_api.h"
 #include "sim/simconnect_layouts.h"
@@ -29,15 +29,14 @@
 
 namespace {
 
-const char* lf_env(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
+std::filesystem::path lf_envPath(const char* name) {
+    return tfx::pf_environmentPath(name).value_or(std::filesystem::path());
 }
 
 struct Facade {
     Facade() {
-        if (*lf_env("ZEPT_SIM_LOG") != '\0') tfx::gf_openLogAt(lf_env("ZEPT_SIM_LOG"));
-        sim = tfx::gf_startBuiltinSim(lf_env("ZEPT_SIM_RECORD"));
+        if (const auto log = lf_envPath("ZEPT_SIM_LOG"); !log.empty()) tfx::gf_openLogAt(log);
+        sim = tfx::gf_startBuiltinSim(lf_envPath("ZEPT_SIM_RECORD"));
     }
     ~Facade() {
         sim.reset();  // the recording takes its name
