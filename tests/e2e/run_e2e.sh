@@ -51,15 +51,13 @@ PY
 "$src/scripts/program_folder.sh" "$build" "$work/program"
 mkdir -p "$work/data"
 
-# 150 s of live reports after the history, then silence: the scenario's
-# last two and a half minutes (a departure that taxies for longer than the
-# 30 s buffer, so that it is shown on the ground, then takes off; an arrival
-# that lands), in the real application's public form: broadcast (on the
+# 25 s of live reports after the history, then silence: the scenario's last
+# half minute, in the real application's public form: broadcast (on the
 # loopback network, which only a socket bound to any address hears),
 # no end markers, repeated and reordered datagrams.
 "$build/rt_app_standin" --mode public --duplicate 0.05 --reorder 0.05 \
   --positions "$work/reported.csv" \
-  --scenario "$src/data/rt_scenario_egtk.csv" --start 90 --no-loop \
+  --scenario "$src/data/rt_scenario_egtk.csv" --start 215 --no-loop \
   >"$work/standin.txt" 2>&1 &
 standin_pid=$!
 
@@ -71,14 +69,14 @@ if [ "$via_library" = --simconnect ]; then
 else
   simulator=(--record motion.csv)
 fi
-XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 "${simulator[@]}" --duration 500 \
+XDG_DATA_HOME="$work/program/simulator/localappdata" ZEPT_DATA_DIR="$work/data" ./zept --rt-app --status 2 "${simulator[@]}" --duration 400 \
   >"$work/console.txt" 2>&1 &
 zept_pid=$!
 
 # Wait until everything created has been removed again (or give up).
 # Aircraft on the ground hold for MAX_HOLDING_MINUTES (3) after their last
 # report before they go.
-deadline=$((SECONDS + 440))
+deadline=$((SECONDS + 300))
 done_waiting=0
 while [ $SECONDS -lt $deadline ]; do
   sleep 2
