@@ -31,6 +31,15 @@ GROUND_SPEED_KT = 60.0
 # The legs on the ground still turn at once at each point (their stand-in);
 # until they are built, ground turn rates are shown and not judged.
 GROUND_TURNS_JUDGED = False
+# Landings and departures, in feet above the lowest point of the run and in
+# knots: below ON_GROUND_FT an aircraft is on the ground, an approach comes
+# below APPROACH_FT, a flight starts or ends above AIRBORNE_FT; a departure
+# is on the ground SEEN_ON_GROUND_MS at least before it lifts off.
+ON_GROUND_FT = 60.0  # a heavy's reference point stands higher than a light's
+APPROACH_FT = 300.0
+AIRBORNE_FT = 500.0
+TAXI_KT = 40.0
+SEEN_ON_GROUND_MS = 5000
 CLOSING_LINES = [
     "stop requested from the console",
     "Exiting: USER CLOSED SIM",
@@ -63,7 +72,8 @@ def read_recording(path):
             objects.setdefault(int(row["object_id"]), []).append({
                 "t": int(row["time_ms"]), "lat": float(row["lat_deg"]),
                 "lon": float(row["lon_deg"]), "alt": float(row["alt_ft"]),
-                "bank": float(row["bank_deg"]), "hdg": float(row["heading_deg"])})
+                "bank": float(row["bank_deg"]), "hdg": float(row["heading_deg"]),
+                "tas": float(row["tas_kt"])})
     return objects
 
 
@@ -135,6 +145,36 @@ def check_parking(log, console):
           "what was learned at the airport was saved at the end")
 
 
+def check_landings_and_departures(objects):
+    """Arrivals come down onto the ground and slow to a taxi; departures are
+    on the ground a while before they lift off. The lowest point of any
+    object is taken for the field (the built-in simulator's is tilted by a few
+    feet)."""
+    if not objects:
+        return
+    field_ft = min(p["alt"] for points in objects.values() for p in points)
+    def on_ground(p):
+        return p["alt"] <= field_ft + ON_GROUND_FT
+    landings = departures = 0
+    for oid, points in sorted(objects.items()):
+        top = max(p["alt"] for p in points)
+        if points[0]["alt"] > field_ft + AIRBORNE_FT and \
+                min(p["alt"] for p in points) < field_ft + APPROACH_FT:
+            landings += 1
+            check(any(on_ground(p) and p["tas"] <= TAXI_KT for p in points),
+                  f"object {oid} landed: it reached the ground and slowed to a taxi")
+        elif on_ground(points[0]) and top > field_ft + AIRBORNE_FT:
+            departures += 1
+            lift = next(p["t"] for p in points if not on_ground(p))
+            check(lift - points[0]["t"] >= SEEN_ON_GROUND_MS,
+                  f"object {oid} was seen on the ground for "
+                  f"{(lift - points[0]['t']) / 1000:.0f} s before takeoff")
+    # The run's last half minute holds no departure that taxies longer than
+    # the 30 s buffer (one that takes off sooner is shown once airborne), so
+    # departures are judged when there are any.
+    check(landings > 0, f"the run had landings ({landings}) to look at; departures: {departures}")
+
+
 def check_reported(path):
     with open(path, encoding="utf-8") as f:
         points = [{"lat": float(r["lat"]), "lon": float(r["lon"])} for r in csv.DictReader(f)]
@@ -198,6 +238,7 @@ def main():
 
     if len(sys.argv) == 5:
         check_reported(sys.argv[4])
+    check_landings_and_departures(objects)
     check_parking(log, console)
 
     check("Traffic exception" not in log, "no traffic exception in the log")
