@@ -7,7 +7,7 @@
 # memory, the tick's mean, p99 and max, the main loop's lateness, and the
 # datagrams lost or late, for the whole run and for the part after every
 # aircraft was created; and the machine's load while it ran.
-#   scripts/load.sh [SECONDS]     (default 600)
+#   scripts/load.sh [SECONDS]     (default 600; ZEPT_LOAD_NO_BUILD=1: no build first)
 # Runs in a network namespace of its own when it can (root), so that other
 # programs on the ports don't meddle. Outputs stay in load/: console.txt,
 # Log.txt, ticks.csv (every tick), samples.csv (every 5 s), standin.txt.
@@ -19,9 +19,12 @@ if [[ -z "${ZEPT_LOAD_NETNS:-}" ]] && unshare --net true 2>/dev/null; then
 fi
 [[ -z "${ZEPT_LOAD_NETNS:-}" ]] && echo "load: no network namespace of its own (not root): ports are shared"
 
-export CCACHE_NOHASHDIR=1
-cmake --preset default >/dev/null
-cmake --build --preset default --target zept rt_app_standin zept_bundled_data >/dev/null
+# ZEPT_LOAD_NO_BUILD=1 takes the build as it stands (while another build runs in it).
+if [[ -z "${ZEPT_LOAD_NO_BUILD:-}" ]]; then
+  export CCACHE_NOHASHDIR=1
+  cmake --preset default >/dev/null
+  cmake --build --preset default --target zept rt_app_standin zept_bundled_data >/dev/null
+fi
 scenario=build/load/rt_scenario_load.csv
 if [[ ! -f $scenario || scripts/make_load_scenario.py -nt $scenario ]]; then
   python3 scripts/make_load_scenario.py --out "$scenario"

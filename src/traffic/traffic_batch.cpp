@@ -24,8 +24,11 @@ namespace {
 
 constexpr int LIVE_DELAY_S = 30;
 // History comes all at once at the start and is due at once: the tick takes
-// it in large steps, bounded so that one tick stays short.
-constexpr std::size_t HISTORY_PER_TICK = 500;
+// it in steps, bounded so that one tick stays short. A new aircraft costs up
+// to some 25 us (its livery is matched): a large region's half minute of
+// history (tens of thousands of reports) is taken in a few seconds, each
+// tick within a few milliseconds.
+constexpr std::size_t HISTORY_PER_TICK = 100;
 
 // Tick thread: the history being worked off, and how far.
 std::vector<TrafficMessage> historyBacklog;
