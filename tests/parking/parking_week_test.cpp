@@ -55,8 +55,9 @@ protected:
         std::vector<ParkedMessage> list;
         const ParkedContext context{gf_options(), "", ""};
         for (const scenario::Parked& p : parked::gf_parkedAt(week, static_cast<double>(t))) {
+            const std::string stand = "PHNL_" + p.stand;  // the record only views it
             const ParkedRecord r{p.hexid,    p.lat,   p.lon,     p.seen_epoch_s,
-                                 p.callsign, p.model, p.regcode, "PHNL_" + p.stand};
+                                 p.callsign, p.model, p.regcode, stand};
             if (auto decoded = gf_decodeParked(r, context)) list.push_back(std::move(*decoded));
         }
         {
