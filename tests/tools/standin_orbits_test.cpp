@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "../../tools/rt_scenario.h"
@@ -35,9 +36,9 @@ TEST(StandinOrbits, EachReportOnceOnTheCircleWhateverTheCycle) {
     // (2 pi r / 4 at 360 kt) later south of it, heading west.
     const Report start = gf_orbitReport(o, 0);
     EXPECT_NEAR(start.lat, 21.3, 1e-9);
-    EXPECT_NEAR((start.lon + 157.9) * 60 * std::cos(21.3 * M_PI / 180), 10.0, 1e-6);
+    EXPECT_NEAR((start.lon + 157.9) * 60 * std::cos(21.3 * std::numbers::pi / 180), 10.0, 1e-6);
     EXPECT_NEAR(start.track_deg, 180.0, 1e-6);
-    const Report quarter = gf_orbitReport(o, 2 * M_PI * 10 / 4 / 360 * 3600);
+    const Report quarter = gf_orbitReport(o, 2 * std::numbers::pi * 10 / 4 / 360 * 3600);
     EXPECT_NEAR((21.3 - quarter.lat) * 60, 10.0, 1e-6);
     EXPECT_NEAR(quarter.track_deg, 270.0, 1e-6);
     EXPECT_EQ(quarter.callsign, "HAL35");
